@@ -1,0 +1,195 @@
+// InvocationDependencyInfo: the immutable per-instruction record that the
+// stall simulation works on: execution units used, explicit and implicit
+// register reads and writes, boolean properties, the counter a wait
+// instruction waits on, and the issue/execute/visibility latencies.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "isa/invocation.h"
+#include "isa/registers.h"
+#include "timing/hardware_usage.h"
+#include "timing/latency_model.h"
+
+namespace vesk {
+
+// Bit numbers of the property word of InvocationDependencyInfo.
+enum class InfoFlag : uint8_t {
+  UsesSALU = 0,
+  UsesSMEM = 1,
+  UsesVALU = 2,
+  UsesTransVALU = 3,
+  UsesVMEMTex = 4,
+  UsesFlat = 5,
+  UsesVMEMLDS = 6,
+  UsesBranch = 7,
+  UsesMsg = 8,
+  UsesExport = 9,
+  UsesGDS = 10,
+  UsesACVDMA = 11,
+  ReadsAnySGPR = 12,
+  WritesAnySGPR = 13,
+  ReadsAnyVGPR = 14,
+  WritesAnyVGPR = 15,
+  ReadsAnyStandardSGPR = 16,
+  WritesAnyStandardSGPR = 17,
+  ReadsSCC = 18,
+  ReadsSCCZ = 19,
+  WritesSCC = 20,
+  ReadsVCC = 21,
+  ReadsVCCZ = 22,
+  WritesVCC = 23,
+  ReadsExec = 24,
+  ReadsExecZ = 25,
+  WritesExec = 26,
+  ReadsM0 = 27,
+  WritesM0 = 28,
+  IsMoveRel = 29,
+  IsSwapRel = 30,
+  IsSubvectorBeginEnd = 31,
+  IsLDSDirect = 32,
+  IsReadFirstLane = 33,
+  IsVInterp = 34,
+  IsDiv_FMas = 35,
+  IsAddTid = 36,
+  IsSpecial = 37,
+  IsWaitCnt = 38,
+  IsLoad = 39,
+  IsStore = 40,
+  IsPCReadEtc = 41,
+  WriteLaneMask = 42,
+  ReadsLaneMask = 43,
+};
+
+// The counter an s_waitcnt-style instruction waits on.
+enum class WaitType : uint8_t { None = 0, VmCnt = 1, VsCnt = 2, LgkmCnt = 3, ExpCnt = 4 };
+
+class InvocationDependencyInfo {
+ public:
+  using InfoFlag = vesk::InfoFlag;
+  using WaitType = vesk::WaitType;
+
+  // The invocation must outlive this object.
+  explicit InvocationDependencyInfo(const Invocation& invocation);
+
+  // Execution units.
+  bool UsesSALU() const { return Has(InfoFlag::UsesSALU); }
+  bool UsesSMEM() const { return Has(InfoFlag::UsesSMEM); }
+  bool UsesVALU() const { return Has(InfoFlag::UsesVALU); }
+  bool UsesTransVALU() const { return Has(InfoFlag::UsesTransVALU); }
+  bool UsesVMEMTex() const { return Has(InfoFlag::UsesVMEMTex); }
+  bool UsesFlat() const { return Has(InfoFlag::UsesFlat); }
+  bool UsesVMEMLDS() const { return Has(InfoFlag::UsesVMEMLDS); }
+  bool UsesBranch() const { return Has(InfoFlag::UsesBranch); }
+  bool UsesMsg() const { return Has(InfoFlag::UsesMsg); }
+  bool UsesExport() const { return Has(InfoFlag::UsesExport); }
+  bool UsesGDS() const { return Has(InfoFlag::UsesGDS); }
+  bool UsesACVDMA() const { return Has(InfoFlag::UsesACVDMA); }
+  // Texture path, flat, or LDS through the vector memory pipe.
+  bool UsesVMEM() const {
+    return Has(InfoFlag::UsesVMEMTex) || Has(InfoFlag::UsesFlat) || Has(InfoFlag::UsesVMEMLDS);
+  }
+
+  // Register classes and special registers.
+  bool ReadsAnySGPR() const { return Has(InfoFlag::ReadsAnySGPR); }
+  bool WritesAnySGPR() const { return Has(InfoFlag::WritesAnySGPR); }
+  bool ReadsAnyVGPR() const { return Has(InfoFlag::ReadsAnyVGPR); }
+  bool WritesAnyVGPR() const { return Has(InfoFlag::WritesAnyVGPR); }
+  bool ReadsAnyStandardSGPR() const { return Has(InfoFlag::ReadsAnyStandardSGPR); }
+  bool WritesAnyStandardSGPR() const { return Has(InfoFlag::WritesAnyStandardSGPR); }
+  bool ReadsSCC() const { return Has(InfoFlag::ReadsSCC); }
+  bool ReadsSCCZ() const { return Has(InfoFlag::ReadsSCCZ); }
+  bool WritesSCC() const { return Has(InfoFlag::WritesSCC); }
+  bool ReadsVCC() const { return Has(InfoFlag::ReadsVCC); }
+  bool ReadsVCCZ() const { return Has(InfoFlag::ReadsVCCZ); }
+  bool WritesVCC() const { return Has(InfoFlag::WritesVCC); }
+  bool ReadsExec() const { return Has(InfoFlag::ReadsExec); }
+  bool ReadsExecZ() const { return Has(InfoFlag::ReadsExecZ); }
+  bool WritesExec() const { return Has(InfoFlag::WritesExec); }
+  bool ReadsM0() const { return Has(InfoFlag::ReadsM0); }
+  bool WritesM0() const { return Has(InfoFlag::WritesM0); }
+
+  // Opcode properties.
+  bool IsMoveRel() const { return Has(InfoFlag::IsMoveRel); }
+  bool IsSwapRel() const { return Has(InfoFlag::IsSwapRel); }
+  bool IsSubvectorBeginEnd() const { return Has(InfoFlag::IsSubvectorBeginEnd); }
+  bool IsLDSDirect() const { return Has(InfoFlag::IsLDSDirect); }
+  bool IsReadFirstLane() const { return Has(InfoFlag::IsReadFirstLane); }
+  bool IsVInterp() const { return Has(InfoFlag::IsVInterp); }
+  bool IsDiv_FMas() const { return Has(InfoFlag::IsDiv_FMas); }
+  bool IsAddTid() const { return Has(InfoFlag::IsAddTid); }
+  bool IsSpecial() const { return Has(InfoFlag::IsSpecial); }
+  bool IsWaitCnt() const { return Has(InfoFlag::IsWaitCnt); }
+  bool IsLoad() const { return Has(InfoFlag::IsLoad); }
+  bool IsStore() const { return Has(InfoFlag::IsStore); }
+  bool IsPCReadEtc() const { return Has(InfoFlag::IsPCReadEtc); }
+  bool WriteLaneMask() const { return Has(InfoFlag::WriteLaneMask); }
+  bool ReadsLaneMask() const { return Has(InfoFlag::ReadsLaneMask); }
+
+  // s_waitcnt_depctr: waits on dependency counters rather than memory counters.
+  bool IsWaitCntDepCtr() const { return isWaitCntDepCtr_; }
+  WaitType GetWaitType() const { return waitType_; }
+  uint64_t GetFlags() const { return flags_; }
+
+  // Register sets. The SGPR sets hold only the scalar half, the VGPR sets only
+  // the vector half; special registers sit at SGPR index 128..134.
+  const UnifiedRegisterSet& GetWriteRegisters() const { return writeRegisters_; }
+  const UnifiedRegisterSet& GetReadRegisters() const { return readRegisters_; }
+  const UnifiedRegisterSet& GetImplicitWriteSGPRs() const { return implicitWriteSGPRs_; }
+  const UnifiedRegisterSet& GetExplicitWriteSGPRs() const { return explicitWriteSGPRs_; }
+  const UnifiedRegisterSet& GetImplicitReadSGPRs() const { return implicitReadSGPRs_; }
+  const UnifiedRegisterSet& GetExplicitReadSGPRs() const { return explicitReadSGPRs_; }
+  const UnifiedRegisterSet& GetWrittenSGPRs() const { return writtenSGPRs_; }
+  const UnifiedRegisterSet& GetReadSGPRs() const { return readSGPRs_; }
+  const UnifiedRegisterSet& GetWrittenVGPRs() const { return writtenVGPRs_; }
+  const UnifiedRegisterSet& GetReadVGPRs() const { return readVGPRs_; }
+
+  const Invocation& GetInvocation() const { return *invocation_; }
+  HardwareUsage GetHardwareUsage() const;
+
+  // Latencies in cycles. Memory-like operations have kUnboundedLatency as
+  // execute and visibility latency (their totals then equal the indefinite
+  // StallLength value).
+  LatencyBaseData GetLatencyBaseData() const;
+  int GetIssueLatency() const { return issueLatency_; }
+  int GetExecuteLatency() const { return executeLatency_; }
+  int GetVisibilityLatency() const { return visibilityLatency_; }
+  int GetTotalExecuteLatency() const { return issueLatency_ + executeLatency_; }
+  int GetTotalVisibilityLatency() const { return issueLatency_ + visibilityLatency_; }
+  // "Issue latency:\t<n>\nExecute latency:\t<n>\nVisibility latency:\t<n>\n"
+  std::string LatenciesToString() const;
+
+ private:
+  bool Has(InfoFlag flag) const { return (flags_ >> static_cast<unsigned>(flag)) & 1u; }
+  void SetFlag(InfoFlag flag) { flags_ |= uint64_t{1} << static_cast<unsigned>(flag); }
+  const char* GetName() const;
+
+  // Construction steps, in this order; each sees the flags of the earlier ones.
+  void InitializeConditionalFlags();
+  void InitializeRegisters();
+  void InitializeRegisterFlags();
+  void UpdateGenericFlags();
+  void ResolveWaitType();
+  void UpdateLatencies();
+
+  UnifiedRegisterSet writeRegisters_;
+  UnifiedRegisterSet readRegisters_;
+  UnifiedRegisterSet implicitWriteSGPRs_;
+  UnifiedRegisterSet explicitWriteSGPRs_;
+  UnifiedRegisterSet implicitReadSGPRs_;
+  UnifiedRegisterSet explicitReadSGPRs_;
+  UnifiedRegisterSet writtenSGPRs_;
+  UnifiedRegisterSet readSGPRs_;
+  UnifiedRegisterSet writtenVGPRs_;
+  UnifiedRegisterSet readVGPRs_;
+  int32_t issueLatency_ = 0;
+  int32_t executeLatency_ = 0;
+  int32_t visibilityLatency_ = 0;
+  const Invocation* invocation_;
+  uint64_t flags_ = 0;
+  WaitType waitType_ = WaitType::None;
+  bool isWaitCntDepCtr_ = false;
+};
+
+}  // namespace vesk
