@@ -1,0 +1,32 @@
+// The base of every analysis task: the instruction set, the input text, the
+// report stream and the parsed program, filled in by the application before
+// the task runs.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <sstream>
+#include <vector>
+
+#include "isa/instruction_set.h"
+#include "isa/invocation.h"
+
+class BaseVeskAppTask {
+ public:
+  BaseVeskAppTask(std::stringstream& input_, std::ostream* output_)
+      : input(input_), output(output_) {}
+  virtual ~BaseVeskAppTask() = default;
+  // Runs the analysis and writes its report; false when it could not.
+  virtual bool InvokeImpl() = 0;
+
+  const vesk::InstructionSet* instructionSet = nullptr;
+  std::stringstream& input;
+  std::ostream* output;
+  std::vector<vesk::Invocation> invocations;
+};
+
+enum CFGStyle : uint32_t { BasicBlocks = 0, CompactBasicBlocks = 1, PerInstruction = 2 };
+
+namespace AnalyzeLiveness {
+enum Options : uint32_t { None = 0, removeStartLines = 1, summaryOnly = 2 };
+}  // namespace AnalyzeLiveness

@@ -1,0 +1,70 @@
+// Opcode histogram: counts per opcode name, or per operand type taken from
+// the name's last "_" part (f32, b64, ...), most frequent first.
+#include "app/opcode_histogram_dumper.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <iomanip>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// The operand type that an opcode name ends in ("v_add_f32" -> "f32"), or
+// "unknown" when the last part is not a type.
+std::string OperandSizeKey(const std::string& name) {
+  const size_t underscore = name.rfind('_');
+  if (underscore == std::string::npos)
+    return "unknown";
+  const std::string tail = name.substr(underscore + 1);
+  if (tail.size() < 2 || std::string_view("bfiu").find(tail[0]) == std::string_view::npos ||
+      !std::isdigit(static_cast<unsigned char>(tail[1]))) {
+    return "unknown";
+  }
+  return tail;
+}
+
+}  // namespace
+
+OpcodeHistogramDumper::OpcodeHistogramDumper(std::stringstream& input, std::ostream* output,
+                                             std::string groupBy_)
+    : BaseVeskAppTask(input, output), groupBy(std::move(groupBy_)) {}
+
+bool OpcodeHistogramDumper::InvokeImpl() {
+  std::map<std::string, int> counts;
+  if (groupBy.empty()) {
+    for (const vesk::Invocation& invocation : invocations) {
+      ++counts[invocation.GetInstruction()->GetName()];
+    }
+  } else if (groupBy == "operand-size") {
+    for (const vesk::Invocation& invocation : invocations) {
+      ++counts[OperandSizeKey(invocation.GetInstruction()->GetName())];
+    }
+  }
+  // "instruction-class" is accepted but counts nothing.
+  if (counts.empty())
+    return true;
+
+  std::vector<std::pair<std::string, int>> entries(counts.begin(), counts.end());
+  std::sort(entries.begin(), entries.end(),
+            [](const auto& a, const auto& b) { return a.second > b.second; });
+
+  size_t nameWidth = 0;
+  int countWidth = 0;
+  for (const auto& [key, count] : entries) {
+    nameWidth = std::max(nameWidth, key.size());
+    countWidth = std::max(countWidth, static_cast<int>(std::log10(count)) + 1);
+  }
+
+  std::ostream& out = *output;
+  const float total = static_cast<float>(invocations.size());
+  for (const auto& [key, count] : entries) {
+    const float percent = static_cast<float>(count) / total * 100.0f;
+    out << std::setw(static_cast<int>(nameWidth)) << key << " : " << std::setw(countWidth) << count
+        << " (" << std::setprecision(2) << std::setw(6) << static_cast<double>(percent) << " %)\n";
+  }
+  return true;
+}

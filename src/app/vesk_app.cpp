@@ -1,0 +1,173 @@
+// Command-line declaration and the run of one analysis.
+#include "app/vesk_app.h"
+
+#include <iostream>
+
+#include "app/cfg_dumper.h"
+#include "app/liveness_analyzer.h"
+#include "app/opcode_histogram_dumper.h"
+#include "app/stall_cycle_analyzer.h"
+
+namespace {
+
+// Declares a flag whose value is its count on the command line.
+CLI::Option* AddFlag(CLI::App* command, const char* name, const std::string& description) {
+  return command->add_flag(name, description);
+}
+
+}  // namespace
+
+VeskApp::VeskApp() : CLI::App("Vesk 3.0", "") {
+  set_help_flag("-h,--help", "Print this help message and exit");
+  isa = "gfx10";
+  inputType = "auto";
+  add_option("--isa,-i", isa, "")
+      ->transform(CLI::IsMember({"gfx7", "gfx8", "gfx9", "gfx10"}, CLI::ignore_case));
+  add_option("--input-type, -t", inputType, "")
+      ->transform(CLI::IsMember({"hsail", "sc", "sa", "raw", "auto"}, CLI::ignore_case));
+  ConfigureCommands();
+}
+
+void VeskApp::ConfigureCommands() {
+  auto addPaths = [this](CLI::App* command, bool withInput) {
+    if (withInput)
+      command->add_option("input", inputPath, "")->required();
+    command->add_option("output", outputPath, "")->required();
+  };
+
+  dumpBbCfgCommand = add_subcommand("dump-bb-cfg", "Dump the basic-block CFG to a dot file.");
+  addPaths(dumpBbCfgCommand, true);
+  compactFlag = AddFlag(dumpBbCfgCommand, "--compact,-c", "Compact output");
+
+  dumpPiCfgCommand = add_subcommand("dump-pi-cfg", "Dump the per-instruction CFG to a dot file.");
+  addPaths(dumpPiCfgCommand, true);
+
+  analyseLivenessCommand =
+      add_subcommand("analyse-liveness", "Write per-instruction VGPR liveness and usage.");
+  addPaths(analyseLivenessCommand, true);
+  summaryFlag = AddFlag(analyseLivenessCommand, "--summary,-s", "Write only the summary line");
+  removeStartLinesFlag = AddFlag(
+      analyseLivenessCommand, "--remove-start-lines,-r",
+      "Remove all lines that appear to already be alive at program start, even before the first "
+      "write");
+
+  opcodeHistogramCommand = add_subcommand(
+      "opcode-histogram", "Write a histogram showing how often each opcode has been used.");
+  addPaths(opcodeHistogramCommand, true);
+  opcodeHistogramCommand->add_option("--group,-g", groupBy, "Group instructions by type")
+      ->check(CLI::IsMember({"instruction-class", "operand-size"}));
+
+  printInstructionsCommand =
+      add_subcommand("print-instructions", "Write a list of all instructions included in the ISA.");
+  addPaths(printInstructionsCommand, false);
+
+  stallCyclesCommand = add_subcommand(
+      "stall-cycles", "Run the stall-cycle analysis. Currently only available for GFX10 targets.");
+  addPaths(stallCyclesCommand, true);
+  stallCyclesCommand->add_option("-w", waveSize, "32, 64");
+  gapsFlag = AddFlag(stallCyclesCommand, "--gaps,-g", "Shows the actual stalls as separate lines.");
+
+  require_subcommand(1, 0);
+}
+
+bool VeskApp::CreateInputStream() {
+  if (inputPath.empty())
+    return true;
+  if (inputPath == "-") {
+    inputStream << std::cin.rdbuf();
+    inputStream.clear();
+    return true;
+  }
+  std::ifstream file(inputPath, std::ios::binary);
+  if (!file) {
+    std::cerr << "The specified input file does not exist." << std::endl;
+    return false;
+  }
+  inputStream << file.rdbuf();
+  // An empty file leaves the failbit set on the copy; the text is still empty.
+  inputStream.clear();
+  return true;
+}
+
+void VeskApp::CreateOutputStream() {
+  if (outputPath == "-") {
+    outputStream = &std::cout;
+    return;
+  }
+  // A failed open is deliberately silent: the report is simply lost.
+  outputFile.open(outputPath, std::ios::out | std::ios::trunc);
+  outputStream = &outputFile;
+}
+
+std::unique_ptr<vesk::IsaReader> VeskApp::CreateIsaReader() const {
+  if (inputType == "hsail")
+    return std::make_unique<vesk::HSAILIsaReader>();
+  if (inputType == "sc")
+    return std::make_unique<vesk::ShaderDumpIsaReader>();
+  if (inputType == "sa")
+    return std::make_unique<vesk::ShaderAnalyzerIsaReader>();
+  if (inputType == "raw")
+    return std::make_unique<vesk::RawIsaReader>();
+  return std::make_unique<vesk::AutoIsaReader>();
+}
+
+void VeskApp::PrintISAInstructions(const vesk::InstructionSet& instructionSet) {
+  *outputStream << "Instructions:\n";
+  for (const vesk::Instruction& instruction : instructionSet) {
+    *outputStream << instruction.GetName() << std::endl;
+  }
+}
+
+bool VeskApp::Execute() {
+  if (!CreateInputStream())
+    return false;
+  CreateOutputStream();
+
+  std::unique_ptr<vesk::InstructionSet> instructionSet = vesk::CreateInstructionSet(isa);
+  if (!instructionSet)
+    return false;
+
+  if (printInstructionsCommand->parsed()) {
+    PrintISAInstructions(*instructionSet);
+    return true;
+  }
+
+  std::unique_ptr<vesk::IsaReader> reader = CreateIsaReader();
+  if (!reader)
+    return false;
+
+  std::unique_ptr<BaseVeskAppTask> task;
+  if (analyseLivenessCommand->parsed()) {
+    const uint32_t options =
+        (summaryFlag->count() ? AnalyzeLiveness::summaryOnly : 0u) +
+        (removeStartLinesFlag->count() ? AnalyzeLiveness::removeStartLines : 0u);
+    task = std::make_unique<LivenessAnalyzer>(inputStream, outputStream,
+                                              static_cast<AnalyzeLiveness::Options>(options));
+  } else if (dumpBbCfgCommand->parsed()) {
+    task = std::make_unique<CFGDumper>(inputStream, outputStream,
+                                       compactFlag->count() ? CompactBasicBlocks : BasicBlocks);
+  } else if (dumpPiCfgCommand->parsed()) {
+    task = std::make_unique<CFGDumper>(inputStream, outputStream, PerInstruction);
+  } else if (opcodeHistogramCommand->parsed()) {
+    task = std::make_unique<OpcodeHistogramDumper>(inputStream, outputStream, groupBy);
+  } else if (stallCyclesCommand->parsed()) {
+    // Only the exact text "64" selects wave64; anything else is wave32.
+    task = std::make_unique<StallCycleAnalyzer>(inputStream, outputStream, waveSize == "64",
+                                                gapsFlag->count() != 0);
+  }
+
+  task->instructionSet = instructionSet.get();
+  task->invocations = reader->Parse(task->input, *instructionSet);
+
+  bool result;
+  if (task->invocations.empty()) {
+    *task->output << "Could not find any invocations." << std::endl;
+    result = false;
+  } else {
+    result = task->InvokeImpl();
+  }
+  task.reset();
+  reader.reset();
+  instructionSet.reset();
+  return result;
+}

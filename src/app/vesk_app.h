@@ -1,0 +1,49 @@
+// The command-line application: global options, the six subcommands, input
+// and output streams, and the dispatch to exactly one analysis task.
+#pragma once
+
+#include <fstream>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "isa/instruction_set.h"
+#include "readers/isa_reader.h"
+
+class VeskApp : public CLI::App {
+ public:
+  VeskApp();
+  // Runs the chosen subcommand; false when the analysis failed.
+  bool Execute();
+
+ private:
+  void ConfigureCommands();
+  bool CreateInputStream();
+  void CreateOutputStream();
+  std::unique_ptr<vesk::IsaReader> CreateIsaReader() const;
+  void PrintISAInstructions(const vesk::InstructionSet& instructionSet);
+
+  std::string inputPath;
+  std::string outputPath;
+  std::string isa;
+  std::string inputType;
+  std::stringstream inputStream;
+  std::ostream* outputStream = nullptr;
+  std::ofstream outputFile;
+
+  CLI::App* dumpBbCfgCommand = nullptr;
+  CLI::Option* compactFlag = nullptr;
+  CLI::App* dumpPiCfgCommand = nullptr;
+  CLI::App* analyseLivenessCommand = nullptr;
+  CLI::Option* summaryFlag = nullptr;
+  CLI::Option* removeStartLinesFlag = nullptr;
+  CLI::App* opcodeHistogramCommand = nullptr;
+  std::string groupBy;
+  CLI::App* printInstructionsCommand = nullptr;
+  CLI::App* stallCyclesCommand = nullptr;
+  std::string waveSize;
+  CLI::Option* gapsFlag = nullptr;
+};

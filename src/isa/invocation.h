@@ -1,0 +1,66 @@
+// One parsed instruction line: the opcode bound to its table record, the
+// operand and modifier texts, the labels that stand at the line, the branch
+// target, and the registers of each class it reads and writes.
+#pragma once
+
+#include <array>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "isa/instruction.h"
+#include "isa/instruction_set.h"
+#include "isa/registers.h"
+
+namespace vesk {
+
+class Invocation {
+ public:
+  enum RegisterUsageType { Written = 0, Read = 1 };
+
+  Invocation(const InstructionSet& set, const std::string& opcode, std::vector<std::string> args,
+             std::vector<std::string> modifiers, std::vector<std::string> labels);
+
+  const Instruction* GetInstruction() const { return instruction; }
+  const std::vector<std::string>& GetArgs() const { return args; }
+  const std::vector<std::string>& GetModifiers() const { return modifiers; }
+  const std::vector<std::string>& GetLabels() const { return labels; }
+  std::string GetArg(size_t i) const { return args[i]; }
+
+  bool Is(const char* name) const { return instruction->Is(name); }
+  bool IsBranch() const { return instruction->IsBranch(); }
+  bool IsJump() const { return instruction->IsJump(); }
+  bool IsEnd() const { return instruction->IsEnd(); }
+  bool IsImmediate() const { return instruction->IsImmediate(); }
+
+  const std::string& GetBranchTarget() const { return target; }
+  const std::string& GetJumpTarget() const { return target; }
+
+  const InstructionOperands& GetUsedOperands(RegisterType type) const { return usedOperands[type]; }
+  InstructionOperands GetUsedRegisters(RegisterType type) const;
+
+  // Both classes, special registers included (vcc, exec, m0, ...).
+  UnifiedRegisterSet GetRegisterSet(RegisterUsageType usage) const;
+  UnifiedRegisterSet GetReadRegisters() const { return GetRegisterSet(Read); }
+  UnifiedRegisterSet GetWriteRegisters() const { return GetRegisterSet(Written); }
+
+  // The general-purpose registers one operand text names: v5, s[0:3],
+  // [v1,s2], through abs()/neg() wrappers and a leading minus.
+  static std::vector<Register> ParseRegister(const std::string& operand);
+
+  std::string ToString(bool withLabels, bool withModifiers) const;
+  std::string ToString() const { return ToString(true, false); }
+
+ private:
+  const Instruction* instruction;
+  std::vector<std::string> args;
+  std::vector<std::string> modifiers;
+  std::vector<std::string> labels;
+  std::string target;
+  std::array<InstructionOperands, 2> usedOperands;
+};
+
+// Every label that a branch or jump of the program goes to.
+std::unordered_set<std::string> GetUsedLabels(const std::vector<Invocation>& invocations);
+
+}  // namespace vesk

@@ -1,0 +1,193 @@
+// Framing of the four listing layouts: which lines of the text hold the
+// program. Each reader hands its selected lines to ReadInstructions.
+#include <stdexcept>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "readers/isa_reader.h"
+#include "util/string_helpers.h"
+
+namespace vesk {
+
+namespace {
+
+bool HasWord(const TokenLine& tokens, const char* word) {
+  for (const std::string& token : tokens)
+    if (token == word)
+      return true;
+  return false;
+}
+
+}  // namespace
+
+// A raw listing ends after s_endpgm and the filler s_nop lines and labels
+// that directly follow it, so a dump of several shaders yields the first.
+std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
+                                            const InstructionSet& instructionSet) {
+  std::vector<TokenLine> kept;
+  std::string line;
+  long lineIndex = 0;
+  long endIndex = -1;
+  // Unlike GetLines, an unterminated last line is kept: only a failed read stops.
+  for (; std::getline(input, line); ++lineIndex) {
+    TokenLine tokens = Tokenize(line);
+    if (HasWord(tokens, "s_endpgm"))
+      endIndex = lineIndex;
+    if (tokens.size() == 1 && tokens[0] == "s_code_end")
+      break;
+    if (endIndex >= 0 && endIndex == lineIndex - 1) {
+      if (tokens.size() == 1 && tokens[0].back() == ':') {
+        endIndex = -1;
+      } else if (tokens.empty()) {
+        break;
+      } else if (tokens[0] == "s_nop") {
+        endIndex = -1;
+      } else {
+        break;
+      }
+    }
+    kept.push_back(std::move(tokens));
+  }
+  return ReadInstructions(instructionSet, kept);
+}
+
+bool ShaderAnalyzerIsaReader::CanParse(std::stringstream& input) {
+  bool found = false;
+  std::string line;
+  while (std::getline(input, line)) {
+    if (StartsWith(Trim(line), "shader")) {
+      found = true;
+      break;
+    }
+  }
+  input.clear();
+  input.seekg(0);
+  return found;
+}
+
+std::vector<Invocation> ShaderAnalyzerIsaReader::Parse(std::stringstream& input,
+                                                       const InstructionSet& instructionSet) {
+  const std::vector<TokenLine> lines = GetLines(input);
+  std::vector<TokenLine> kept;
+  bool open = false;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const TokenLine& tokens = lines[i];
+    if (tokens.empty() || tokens[0] == "s_code_end")
+      continue;
+    if (tokens[0] == "shader" || tokens[0] == "end") {
+      const bool isEnd = tokens[0] == "end";
+      if (open == isEnd) {
+        if (isEnd)
+          break;  // only the first shader block is read
+        open = true;
+        continue;
+      }
+      throw std::runtime_error(fmt::format("Mismatch shader/end in line {}", i + 1));
+    }
+    if (open)
+      kept.push_back(tokens);
+  }
+  return ReadInstructions(instructionSet, kept);
+}
+
+std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
+                                              const InstructionSet& instructionSet) {
+  const std::vector<TokenLine> lines = GetLines(input);
+  std::vector<TokenLine> kept;
+  bool open = false;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const TokenLine& tokens = lines[i];
+    if (tokens.empty())
+      continue;
+    const bool secondIsFor = tokens.size() >= 2 && tokens[1] == "for";
+    bool mismatch = false;
+    if (tokens[0] == "Disassembly") {
+      if (secondIsFor) {
+        open = true;
+        continue;
+      }
+      mismatch = true;
+    } else if (tokens[0] == "end") {
+      if (open)
+        break;
+      mismatch = true;
+    } else if (secondIsFor) {
+      mismatch = true;
+    }
+    if (mismatch) {
+      throw std::runtime_error(fmt::format("Mismatched Disassembly for/end in line {}", i + 1));
+    }
+    if (open)
+      kept.push_back(tokens);
+  }
+  return ReadInstructions(instructionSet, kept);
+}
+
+std::string ShaderDumpIsaReader::ExtractInstructionSet(const TokenLine& tokens) {
+  if (tokens.empty())
+    return {};
+  const std::string& word = tokens[0];
+  if (!StartsWith(word, "asic(") || word.find(')') == std::string::npos)
+    return {};
+  std::string inner = word.substr(5, word.size() - 6);
+  if (inner.empty())
+    return {};
+  const size_t underscore = inner.find('_');
+  if (underscore != std::string::npos)
+    inner = inner.substr(0, underscore);
+  inner = ToLower(inner);
+  if (inner == "vi")
+    return "gfx8";
+  if (inner == "ci" || inner == "si")
+    return "gfx7";
+  return inner;
+}
+
+std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
+                                                   const InstructionSet& instructionSet) {
+  const std::vector<TokenLine> lines = GetLines(input);
+  std::vector<TokenLine> kept;
+  // The dump names its target; its table reads the rest of the listing.
+  std::unique_ptr<InstructionSet> detected;
+  const InstructionSet* readingSet = &instructionSet;
+  bool open = false;
+  for (const TokenLine& tokens : lines) {
+    if (tokens.empty())
+      continue;
+    if (Join(" ", tokens.begin(), tokens.end()) == "; -------- Disassembly --------------------") {
+      open = true;
+    } else if (tokens[0] == "end" && open) {
+      break;
+    } else if (StartsWith(tokens[0], "asic(")) {
+      const std::string name = ExtractInstructionSet(tokens);
+      [[maybe_unused]] const std::string trace = fmt::format("Detected {} as architecture.", name);
+      if (auto set = CreateInstructionSet(name)) {
+        detected = std::move(set);
+        readingSet = detected.get();
+      }
+    } else if (open) {
+      kept.push_back(tokens);
+    }
+  }
+  return ReadInstructions(*readingSet, kept);
+}
+
+std::vector<Invocation> AutoIsaReader::Parse(std::stringstream& input,
+                                             const InstructionSet& instructionSet) {
+  const std::string text = input.str();
+  std::unique_ptr<IsaReader> reader;
+  if (text.starts_with("AMD Kernel Code for")) {
+    reader = std::make_unique<HSAILIsaReader>();
+  } else if (text.starts_with(";--------") ||
+             text.find("; -------- Disassembly --------------------") != std::string::npos) {
+    reader = std::make_unique<ShaderDumpIsaReader>();
+  } else if (ShaderAnalyzerIsaReader::CanParse(input)) {
+    reader = std::make_unique<ShaderAnalyzerIsaReader>();
+  } else {
+    reader = std::make_unique<RawIsaReader>();
+  }
+  return reader->Parse(input, instructionSet);
+}
+
+}  // namespace vesk

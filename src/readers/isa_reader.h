@@ -1,0 +1,71 @@
+// Listing readers: the reader interface, the shared token-line machinery, the
+// four layout readers (raw, shader analyzer, HSAIL tool, driver dump) and the
+// reader that detects the layout.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "isa/instruction_set.h"
+#include "isa/invocation.h"
+
+namespace vesk {
+
+using TokenLine = std::vector<std::string>;
+
+class IsaReader {
+ public:
+  virtual ~IsaReader() = default;
+  virtual std::vector<Invocation> Parse(std::stringstream& input,
+                                        const InstructionSet& instructionSet) = 0;
+};
+
+class BaseIsaReader : public IsaReader {
+ public:
+  // One token line per input line: text from "//" on cut off, trimmed, split
+  // at blanks. An unterminated last line is dropped.
+  static std::vector<TokenLine> GetLines(std::stringstream& input);
+  // Splits one line the way GetLines does.
+  static TokenLine Tokenize(const std::string& line);
+  static bool IsComment(const TokenLine& tokens);
+  static bool IsLLCLabel(const TokenLine& tokens);
+  static std::vector<Invocation> ReadInstructions(const InstructionSet& instructionSet,
+                                                  const std::vector<TokenLine>& lines);
+};
+
+class RawIsaReader : public BaseIsaReader {
+ public:
+  std::vector<Invocation> Parse(std::stringstream& input,
+                                const InstructionSet& instructionSet) override;
+};
+
+class ShaderAnalyzerIsaReader : public BaseIsaReader {
+ public:
+  std::vector<Invocation> Parse(std::stringstream& input,
+                                const InstructionSet& instructionSet) override;
+  // True when some line starts with "shader"; rewinds the stream.
+  static bool CanParse(std::stringstream& input);
+};
+
+class HSAILIsaReader : public BaseIsaReader {
+ public:
+  std::vector<Invocation> Parse(std::stringstream& input,
+                                const InstructionSet& instructionSet) override;
+};
+
+class ShaderDumpIsaReader : public BaseIsaReader {
+ public:
+  std::vector<Invocation> Parse(std::stringstream& input,
+                                const InstructionSet& instructionSet) override;
+  // The generation named by an "asic(...)" line, or empty.
+  static std::string ExtractInstructionSet(const TokenLine& tokens);
+};
+
+class AutoIsaReader : public IsaReader {
+ public:
+  std::vector<Invocation> Parse(std::stringstream& input,
+                                const InstructionSet& instructionSet) override;
+};
+
+}  // namespace vesk

@@ -1,0 +1,49 @@
+// Text helpers shared by the listing readers, the operand parser, the opcode
+// classifiers and the reports: number parsing, trimming, prefix/suffix tests,
+// padding, splitting and joining.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+enum SplitOptions { KeepEmpty = 0, SkipEmpty = 1 };
+
+// Base-10 conversion with std::stoi semantics: leading blanks and a sign are
+// accepted, trailing text is ignored; throws std::invalid_argument /
+// std::out_of_range ("stoi") when no number can be read.
+int ParseInt(const std::string& text);
+
+std::string Trim(const std::string& text);
+std::string ToLower(const std::string& text);
+bool StartsWith(const std::string& text, const char* prefix);
+bool ContainsAny(const std::string_view& text, std::initializer_list<const char*> needles);
+bool StartsWithAny(const std::string_view& text, std::initializer_list<const char*> prefixes);
+// Stops with false at the first suffix longer than the text, even when a later
+// one would match; list suffixes shortest first.
+bool EndsWithAny(const std::string_view& text, std::initializer_list<const char*> suffixes);
+std::string LeftPad(int value, int width);
+
+// Splits at every occurrence of the whole delimiter. The search resumes one
+// character after a match, so with a multi-character delimiter such as ", "
+// each later piece starts with the delimiter's tail; callers trim the pieces.
+std::vector<std::string> Split(const std::string& text, const std::string_view& delimiter,
+                               SplitOptions options);
+
+template <typename Iterator>
+std::string Join(const std::string& separator, Iterator first, Iterator last) {
+  std::string result;
+  if (first == last)
+    return result;
+  result += *first;
+  for (++first; first != last; ++first) {
+    result += separator;
+    result += *first;
+  }
+  return result;
+}
+
+}  // namespace vesk
