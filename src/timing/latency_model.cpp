@@ -1,0 +1,111 @@
+// Latency model of the dependency record: issue, execute and visibility
+// latencies by execution unit, refined by opcode traits (64-bit and slow
+// transcendental ops, slow integer multiplies, DPP operands, pipeline syncs),
+// with memory-like operations left to the hardware counters.
+#include <string>
+#include <string_view>
+
+#include "timing/invocation_dependency_info.h"
+#include "util/string_helpers.h"
+
+namespace vesk {
+
+LatencyBaseData InvocationDependencyInfo::GetLatencyBaseData() const {
+  const std::string_view name = GetName();
+  LatencyBaseData data;
+  data.isSlowTrans =
+      ContainsAny(name, {"_rcp_f64", "_rsq_f64", "_sqrt_f64", "v_mp", "_rsq_cla", "rcp_cla"});
+  data.isCompare64 = name.starts_with("v_cmp") && EndsWithAny(name, {"u64", "i64", "f64"});
+  data.isShift64 = StartsWithAny(name, {"v_lshlrev_b64", "v_lshrrev_b64", "v_ashrrev_i64",
+                                        "v_lshl_b64", "v_lshr_b64", "v_ashr_i64"});
+
+  data.isWideOrDpp = data.isCompare64 || data.isShift64;
+  for (const std::string& arg : invocation_->GetArgs()) {
+    const std::string_view operand = arg;
+    if (operand == "SQ_SRC_DPP" || operand.starts_with("row") || operand.starts_with("dpp8") ||
+        operand.starts_with("quad")) {
+      data.isWideOrDpp = true;
+    }
+    // Row shifts, rotates, mirrors, shares and xmasks reaching beyond a
+    // half-row cross DPP rows and cost an extra issue cycle.
+    if (StartsWithAny(operand, {"row_shl", "row_shr", "row_ror", "row_mirror", "row_share"})) {
+      data.isRowDpp = true;
+    } else if (operand.starts_with("row_xmask")) {
+      // "row_xmask:<n>"; a malformed mask throws from the conversion.
+      if (ParseInt(arg.substr(10)) >= 8)
+        data.isRowDpp = true;
+    }
+  }
+
+  if (ContainsAny(name, {"qsad", "mul_lo_u32", "mul_lo_i32", "_mad_u64", "_mad_i64"}) ||
+      name == "s_mul_hi_i32" || name == "s_mul_hi_u32") {
+    data.isSlowMul = true;
+    data.isTransF64 = false;
+  } else if (data.isSlowTrans || data.isWideOrDpp) {
+    data.isSlowMul = false;
+    data.isTransF64 = false;
+  } else if (name.find("f64") != std::string_view::npos && UsesVALU()) {
+    data.isTransF64 = UsesTransVALU();
+    data.isSlowMul = false;
+  }
+
+  data.isPipeSync = ContainsAny(name, {"_mov_fed", "_pipeflush", "_clrexcp"});
+  return data;
+}
+
+void InvocationDependencyInfo::UpdateLatencies() {
+  const LatencyBaseData b = GetLatencyBaseData();
+  const std::string_view name = GetName();
+  auto set = [this](int issue, int execute, int visibility) {
+    issueLatency_ = issue;
+    executeLatency_ = execute;
+    visibilityLatency_ = visibility;
+  };
+
+  if (UsesSALU()) {
+    set(1, 8, 1);
+  } else if (IsLDSDirect()) {
+    set(1, 18, 4);
+  } else if (UsesVALU() && !UsesTransVALU()) {
+    set(1, 15, 4);
+  } else if (!UsesVALU() && UsesTransVALU()) {
+    set(4, 12, 6);
+  } else if (UsesVALU() && UsesTransVALU()) {
+    // Ops that the name places on both the VALU and the transcendental unit
+    // (64-bit ops, slow multiplies, ...): cost from their traits.
+    const int special = IsSpecial() ? 1 : 0;
+    const int issue = b.isPipeSync + 2 * (special + b.isWideOrDpp +
+                                          8 * (b.isTransF64 + b.isSlowTrans) + 2 * b.isSlowMul);
+    const int visibility = 8 * b.isSlowTrans + 6 * b.isTransF64 + 4 * b.isShift64 +
+                           4 * b.isSlowMul + 4 * special + b.isPipeSync;
+    set(issue, 15, visibility);
+  }
+
+  // Compares write a lane mask that is consumed through the SGPR path.
+  if (b.isCompare64) {
+    visibilityLatency_ = 0;
+  } else if (name.starts_with("v_cmp_")) {
+    set(1, 15, 1);
+  }
+
+  if (b.isRowDpp)
+    issueLatency_ += 1;
+
+  // Completion of memory, GDS and message operations is only known through
+  // the hardware counters.
+  if (UsesSMEM() || (UsesVMEM() && !IsLDSDirect()) || UsesGDS() || UsesMsg()) {
+    set(15, kUnboundedLatency, kUnboundedLatency);
+  }
+
+  // Program-counter reads and mode/register writes drain the pipeline.
+  if (IsPCReadEtc())
+    set(1, 15, 16);
+}
+
+std::string InvocationDependencyInfo::LatenciesToString() const {
+  return "Issue latency:\t" + std::to_string(issueLatency_) + "\nExecute latency:\t" +
+         std::to_string(executeLatency_) + "\nVisibility latency:\t" +
+         std::to_string(visibilityLatency_) + "\n";
+}
+
+}  // namespace vesk
