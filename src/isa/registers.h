@@ -6,8 +6,10 @@
 
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 #include <vector>
 
 namespace vesk {
@@ -63,17 +65,29 @@ class SmallIntSet {
 
   class Iterator {
    public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = int;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const int*;
+    using reference = int;
+
+    Iterator() = default;
     Iterator(const SmallIntSet* set, int index) : set_(set), index_(index) {}
     int operator*() const { return index_; }
     Iterator& operator++() {
       index_ = set_->NextFrom(index_ + 1);
       return *this;
     }
+    Iterator operator++(int) {
+      Iterator old = *this;
+      ++*this;
+      return old;
+    }
     bool operator==(const Iterator& other) const { return index_ == other.index_; }
 
    private:
-    const SmallIntSet* set_;
-    int index_;
+    const SmallIntSet* set_ = nullptr;
+    int index_ = 0;
   };
 
   constexpr SmallIntSet() = default;
@@ -154,10 +168,21 @@ class UnifiedRegisterSet {
 
   class IndexIterator {
    public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = int;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const int*;
+    using reference = int;
+
     IndexIterator() = default;
     explicit IndexIterator(const UnifiedRegisterSet* set);
     RegisterID operator*() const { return sgprPhase_ ? index_ + 256 : index_; }
     IndexIterator& operator++();
+    IndexIterator operator++(int) {
+      IndexIterator old = *this;
+      ++*this;
+      return old;
+    }
     bool operator==(const IndexIterator& other) const {
       return set_ == other.set_ && half_ == other.half_ && index_ == other.index_ &&
              sgprPhase_ == other.sgprPhase_;
