@@ -1,0 +1,80 @@
+// The stall-cycle analysis of a whole program: one hardware state at the
+// entry and exit of every basic block, blocks simulated instruction by
+// instruction and exit states merged into successors until nothing changes,
+// with the largest and smallest stall of every instruction kept.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "cfg/basic_block.h"
+#include "isa/invocation.h"
+#include "stall/hardware_state.h"
+#include "stall/stall_description.h"
+#include "timing/invocation_dependency_info.h"
+
+namespace vesk {
+
+// Full-size hardware states the block simulation works in; block states
+// themselves are stored packed.
+struct StallWorkspace {
+  HardwareState working;
+  HardwareState merged;
+  HardwareState incoming;
+  PackedHardwareState packed;
+};
+
+class BasicBlockState {
+ public:
+  // (largest, smallest) stall of one instruction.
+  using StallRange = std::pair<StallDescription, StallDescription>;
+
+  BasicBlockState(const BasicBlock& block, StallWorkspace& workspace);
+  BasicBlockState(const BasicBlockState&) = delete;
+  BasicBlockState& operator=(const BasicBlockState&) = delete;
+  BasicBlockState(BasicBlockState&&) = default;
+
+  const BasicBlock* GetBasicBlock() const { return block; }
+  const std::vector<StallRange>& GetStalls() const { return stalls_; }
+  bool GetProcessedThisIteration() const { return processed_this_iteration_; }
+
+  void UpdateInputState(const BasicBlockState& predecessor);
+  void SetupFixpointIterationStep();
+  // Simulates the block from its entry state; true when its exit state
+  // changed.
+  bool RunFixpointIterationStep(bool isStartBlock, bool isWave64, bool isBranchTarget);
+
+ private:
+  const BasicBlock* block;
+  PackedHardwareState input_state_;
+  PackedHardwareState output_state_;
+  bool input_changed_ = true;
+  bool input_changed_before_ = true;
+  bool processed_this_iteration_ = false;
+  std::vector<StallRange> stalls_;
+  std::vector<InvocationDependencyInfo> infos_;
+  StallWorkspace* workspace_;
+};
+
+using BasicBlockStateMap = std::unordered_map<const BasicBlock*, BasicBlockState*>;
+
+void RunFixpointIteration(const BasicBlockStateMap& states,
+                          const std::unordered_set<std::string>& usedLabels, bool isWave64,
+                          std::vector<BasicBlockState>& allStates, BasicBlockState* startState);
+
+class StallCycleAnalysis {
+ public:
+  using Result =
+      std::vector<std::pair<const Invocation*, std::pair<StallDescription, StallDescription>>>;
+
+  static Result AnalyzeStallCycles(const std::vector<Invocation>& invocations, bool isWave64);
+  // Per-instruction stalls in program order of the blocks that lie on a path
+  // from the entry to the exit.
+  static Result FormatOutput(const BasicBlockList& blocks, const BasicBlockStateMap& states);
+};
+
+}  // namespace vesk

@@ -1,0 +1,376 @@
+// The rules that hold an instruction back before issue: a pending
+// program-counter read, s_waitcnt_depctr, the dependency counters with their
+// per-counter conditions, and SGPR/VGPR sources still being written; the
+// counter block rebuilt after a merge; the wait argument parsers.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "stall/hardware_state.h"
+
+namespace vesk {
+
+namespace {
+
+bool IsAnyVALU(const InvocationDependencyInfo& info) {
+  return info.UsesVALU() || info.UsesTransVALU();
+}
+
+bool UsesTextureOrFlat(const InvocationDependencyInfo& info) {
+  return info.UsesVMEMTex() || info.UsesFlat();
+}
+
+using Condition = bool (HardwareState::*)(const InvocationDependencyInfo&) const;
+
+struct DependencyRow {
+  CounterField counter;
+  uint8_t reason;
+  Condition condition;
+};
+
+// Scanned in this order; the first blocking row names the stall.
+constexpr DependencyRow kDependencyRows[] = {
+    {&HardwareCounters::sa_sdst_, kSaSdstStall, &HardwareState::GetSaSdstCondition},
+    {&HardwareCounters::sa_exec_, kSaExecStall, &HardwareState::GetSaExecCondition},
+    {&HardwareCounters::sa_m0_, kSaM0Stall, &HardwareState::GetSaM0Condition},
+    {&HardwareCounters::vm_vsrc_, kVmVsrcStall, &HardwareState::GetVmVsrcCondition},
+    {&HardwareCounters::va_sdst_, kVaSdstStall, &HardwareState::GetVaSdstCondition},
+    {&HardwareCounters::va_ssrc_, kVaSsrcStall, &HardwareState::GetVaSsrcCondition},
+    {&HardwareCounters::va_vcc_, kVaVccStall, &HardwareState::GetVaVccCondition},
+    {&HardwareCounters::va_exec_, kVaExecStall, &HardwareState::GetVaExecCondition},
+    {&HardwareCounters::va_vdst_, kVaVdstStall, &HardwareState::GetVaVdstCondition},
+    {&HardwareCounters::lds_dir_, kLdsDirStall, &HardwareState::GetLDSDirCondition},
+    {&HardwareCounters::f32_busy_, kF32BusyStall, &HardwareState::GetF32BusyCondition},
+    {&HardwareCounters::trans32_busy_, kTrans32BusyStall, &HardwareState::GetTrans32BusyCondition},
+};
+constexpr int kDependencyRowCount = sizeof(kDependencyRows) / sizeof(kDependencyRows[0]);
+static_assert(kDependencyRowCount == 12);
+
+// One field of the s_waitcnt_depctr immediate: the counter it limits, where
+// the field sits, and the field value that means "do not wait".
+struct DepCtrField {
+  CounterField counter;
+  int shift;
+  unsigned mask;
+};
+
+constexpr DepCtrField kDepCtrFields[] = {
+    {&HardwareCounters::sa_sdst_, 0, 0x1}, {&HardwareCounters::va_vcc_, 1, 0x1},
+    {&HardwareCounters::vm_vsrc_, 2, 0x7}, {&HardwareCounters::va_ssrc_, 8, 0x1},
+    {&HardwareCounters::va_sdst_, 9, 0x7}, {&HardwareCounters::va_vdst_, 12, 0xF},
+};
+
+// A one-bit field set to 1, or a wider field at its maximum, does not wait;
+// otherwise the counter may be at most the field value.
+bool DepCtrFieldPasses(const HardwareCounters& counters, const DepCtrField& field,
+                       unsigned mask16) {
+  const unsigned value = (mask16 >> field.shift) & field.mask;
+  if (value == field.mask)
+    return true;
+  return counters.*field.counter <= static_cast<int32_t>(value);
+}
+
+}  // namespace
+
+bool HardwareState::GetSaSdstCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesSMEM() || i.UsesVMEMTex() || i.UsesFlat() ||
+         (IsAnyVALU(i) && (i.WritesAnyStandardSGPR() || i.ReadsVCCZ() || i.ReadsSCC())) ||
+         ((i.UsesBranch() || i.UsesMsg()) && (i.ReadsSCC() || i.ReadsVCCZ()));
+}
+
+bool HardwareState::GetSaExecCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesExport() || i.UsesGDS() || IsAnyVALU(i) || i.UsesSMEM() || i.UsesMsg() ||
+         i.UsesVMEM() || (i.UsesBranch() && i.ReadsExecZ());
+}
+
+bool HardwareState::GetSaM0Condition(const InvocationDependencyInfo& i) const {
+  return i.UsesSALU() || i.UsesSMEM() ||
+         (IsAnyVALU(i) &&
+          (i.WritesAnyStandardSGPR() || i.ReadsVCCZ() || i.ReadsSCC() || i.ReadsAnyStandardSGPR() ||
+           i.ReadsVCC() || i.IsMoveRel() || i.IsSwapRel() || i.IsLDSDirect() || i.IsVInterp())) ||
+         i.UsesVMEMLDS() || i.UsesBranch() || i.UsesMsg() || i.UsesExport() || i.UsesGDS();
+}
+
+bool HardwareState::GetVmVsrcCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesExport() || i.UsesGDS() || IsAnyVALU(i) ||
+         (UsesTextureOrFlat(i) && vmem_kind_ == kVMEMLDS) ||
+         (i.UsesVMEMLDS() && vmem_kind_ == kTextureOrFlat);
+}
+
+bool HardwareState::GetVaSdstCondition(const InvocationDependencyInfo& i) const {
+  return UsesTextureOrFlat(i) || i.UsesSMEM() ||
+         (i.UsesSALU() &&
+          (i.ReadsAnyStandardSGPR() || i.ReadsExec() || i.ReadsExecZ() || i.ReadsM0() ||
+           i.WritesAnyStandardSGPR() || i.WritesExec() || i.WritesM0()));
+}
+
+bool HardwareState::GetVaSsrcCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesSALU() || i.UsesSMEM();
+}
+
+bool HardwareState::GetVaVccCondition(const InvocationDependencyInfo& i) const {
+  return (i.UsesSALU() && (i.ReadsVCC() || i.WritesVCC())) || i.UsesSMEM() ||
+         (IsAnyVALU(i) && (i.ReadsVCCZ() || i.IsDiv_FMas())) || UsesTextureOrFlat(i) ||
+         ((i.UsesBranch() || i.UsesMsg()) && i.ReadsVCCZ());
+}
+
+bool HardwareState::GetVaExecCondition(const InvocationDependencyInfo& i) const {
+  return (i.UsesSALU() && (i.ReadsExec() || i.WritesExec())) ||
+         (IsAnyVALU(i) && (i.ReadsExec() || i.IsReadFirstLane() || i.IsVInterp())) ||
+         i.UsesExport() || i.UsesGDS() || i.UsesMsg() || i.UsesVMEM() ||
+         (i.UsesBranch() && i.ReadsExecZ());
+}
+
+bool HardwareState::GetVaVdstCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesExport() || i.UsesGDS() || i.UsesVMEM();
+}
+
+bool HardwareState::GetLDSDirCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesSALU() || i.UsesSMEM() || i.UsesVALU() || i.UsesTransVALU() || i.UsesVMEM() ||
+         i.IsLDSDirect();
+}
+
+bool HardwareState::GetF32BusyCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesVALU();
+}
+
+bool HardwareState::GetTrans32BusyCondition(const InvocationDependencyInfo& i) const {
+  return i.UsesTransVALU();
+}
+
+bool HardwareState::GetShortenedVaVdstCondition(const InvocationDependencyInfo& i) const {
+  if (!i.UsesVMEM())
+    return false;
+  const HardwareCounters& c = counters_;
+  if (UsesTextureOrFlat(i) && (c.va_exec_ != 0 || c.va_sdst_ != 0 || c.va_vcc_ != 0))
+    return false;
+  if (i.UsesVMEMLDS() && c.va_exec_ != 0)
+    return false;
+  int pending = c.va_vdst_;
+  if (i.UsesVMEMLDS())
+    pending += c.va_vcc_ + c.va_sdst_;
+  RefreshPending();
+  // Only a live oldest entry can have exactly one cycle left.
+  int finishing = 0;
+  for (int reg : live_[kWrite]) {
+    if (!IsVGPR(reg) && (!i.UsesVMEMLDS() || reg == kExec))
+      continue;
+    const RegisterPipelineUsage& first = write_scoreboards_[reg].GetFirst();
+    if (first.usage.UseVALU() && first.executeLength == 1 && first.isFirstRegister)
+      ++finishing;
+  }
+  return pending == finishing;
+}
+
+int HardwareState::ExtractNewCountFromWaitArgument(std::string_view argument) {
+  std::string_view text = argument;
+  const size_t open = argument.find('(');
+  if (open != std::string_view::npos) {
+    text = argument.substr(open + 1);
+    const size_t close = text.find(')');
+    if (close != std::string_view::npos)
+      text = text.substr(0, close);
+  } else {
+    const size_t close = argument.find(')');
+    if (close != std::string_view::npos)
+      text = argument.substr(0, close);
+  }
+  return std::stoi(std::string(text));
+}
+
+unsigned long HardwareState::ExtractMaskFromHexValue(const std::string& value) {
+  return std::stoul(value, nullptr, 16);
+}
+
+std::string HardwareState::ToString() const {
+  const HardwareCounters& c = counters_;
+  return fmt::format(
+      "sa_sdst_:\t{}\nsa_exec_:\t{}\nsa_m0_:\t{}\nvm_vsrc_:\t{}\nva_sdst_:\t{}\nva_ssrc_:\t{}\n"
+      "va_vcc_:\t{}\nva_exec_:\t{}\nva_vdst_:\t{}\nlds_dir_:\t{}\nf32_busy_:\t{}\n"
+      "trans32_busy_:\t{}\n",
+      c.sa_sdst_, c.sa_exec_, c.sa_m0_, c.vm_vsrc_, c.va_sdst_, c.va_ssrc_, c.va_vcc_, c.va_exec_,
+      c.va_vdst_, c.lds_dir_, c.f32_busy_, c.trans32_busy_);
+}
+
+void HardwareState::ReevaluateCounters() {
+  RefreshPending();
+  const ScoreboardArray& w = write_scoreboards_;
+  const ScoreboardArray& r = read_scoreboards_;
+  const ScoreboardUsageCounts standard = GetUsageCountsForRange(w, 256, 384);
+  const ScoreboardUsageCounts exec = GetUsageCountsForRange(w, kExec, kExec + 1);
+  const ScoreboardUsageCounts vcc = GetUsageCountsForRange(w, kVcc, kVcc + 1);
+  const ScoreboardUsageCounts m0 = GetUsageCountsForRange(w, kM0, kM0 + 1);
+  ScoreboardUsageCounts conditionBits;
+  for (RegisterID reg : {kScc, kSccz, kVccz, kExecz})
+    conditionBits += GetUsageCountsForRange(w, reg, reg + 1);
+  const ScoreboardUsageCounts vgprWrites = GetUsageCountsForRange(w, 0, 256);
+  const ScoreboardUsageCounts vgprReads = GetUsageCountsForRange(r, 0, 256);
+  ScoreboardUsageCounts sgprReads;
+  for (RegisterID reg = 256; reg < kRegisterCount; ++reg)
+    if (reg != kVcc && reg != kVccz)
+      sgprReads += GetUsageCountsForRange(r, reg, reg + 1);
+
+  auto valuOrTrans = [](const ScoreboardUsageCounts& u) { return u.valuEntries + u.transEntries; };
+  auto valuInstructions = [](const ScoreboardUsageCounts& u) {
+    return u.valuInstructions + u.transInstructions - u.valuTransInstructions;
+  };
+  HardwareCounters& c = counters_;
+  c.sa_sdst_ = standard.saluEntries + vcc.saluEntries + conditionBits.saluEntries;
+  // m0 is counted twice here; the issue side counts it once.
+  c.va_sdst_ =
+      valuOrTrans(standard) + valuOrTrans(exec) + 2 * m0.valuEntries + valuOrTrans(conditionBits);
+  c.sa_exec_ = exec.saluEntries;
+  c.sa_m0_ = m0.saluEntries;
+  c.va_vcc_ = valuOrTrans(vcc);
+  c.va_exec_ = valuOrTrans(exec);
+  c.va_vdst_ = valuInstructions(vgprWrites);
+  c.lds_dir_ = vgprWrites.ldsDirectEntries;
+  c.va_ssrc_ = valuInstructions(sgprReads);
+  c.vm_vsrc_ = vgprReads.vmemInstructions;
+}
+
+uint32_t HardwareState::BlockingConditions(const InvocationDependencyInfo& info) const {
+  uint32_t mask = 0;
+  for (int row = 0; row < kDependencyRowCount; ++row)
+    if ((this->*kDependencyRows[row].condition)(info))
+      mask |= 1u << row;
+  return mask;
+}
+
+void HardwareState::AbortUnresolvedStall(const RegisterPipelineUsage& writer) {
+  const char* name = writer.info ? writer.info->GetInvocation().GetInstruction()->GetName() : "";
+  fmt::print(stderr,
+             "Error: Found a problem while resolving a stall caused by the instruction {}. "
+             "Aborting.\n",
+             name);
+  std::fflush(stderr);
+  std::exit(255);
+}
+
+StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info) {
+  RefreshPending();
+  StallDescription result;
+  HardwareCounters& c = counters_;
+
+  // A program-counter read in flight holds everything back.
+  if (pc_read_latency_ > 0) {
+    const int cycles = pc_read_latency_;
+    result.length = StallLength(cycles);
+    UpdateCounters(cycles);
+    result.reason = kPCReadStall;
+  }
+
+  // Reading or changing the program counter drains every dependency counter.
+  // Counters that no in-flight operation will lower any more are stale and
+  // are dropped instead of waited on.
+  if (info.IsPCReadEtc()) {
+    while (AnyCounterActive()) {
+      result.reason = kPCReadStall;
+      if (IsQuiescent()) {
+        for (int row = 0; row < 10; ++row)
+          if (c.*kDependencyRows[row].counter >= 1)
+            c.*kDependencyRows[row].counter = 0;
+        break;
+      }
+      UpdateCounters(1);
+      ++result.length;
+    }
+  }
+
+  if (info.IsWaitCnt()) {
+    if (info.IsWaitCntDepCtr()) {
+      const std::vector<std::string>& args = info.GetInvocation().GetArgs();
+      const unsigned mask16 = static_cast<unsigned>(
+          ExtractMaskFromHexValue(args.empty() ? std::string() : args[0]) & 0xFFFFu);
+      auto allPass = [&] {
+        for (const DepCtrField& field : kDepCtrFields)
+          if (!DepCtrFieldPasses(c, field, mask16))
+            return false;
+        return true;
+      };
+      while (!allPass()) {
+        if (IsQuiescent()) {
+          for (const DepCtrField& field : kDepCtrFields)
+            if (!DepCtrFieldPasses(c, field, mask16))
+              c.*field.counter = static_cast<int32_t>((mask16 >> field.shift) & field.mask);
+          break;
+        }
+        UpdateCounters(1);
+        ++result.length;
+      }
+    } else {
+      // Memory counter waits are resolved at issue.
+      result.length.SetIndefinite();
+      result.reason = kMemoryCounterStall;
+    }
+  }
+
+  // Dependency counters: wait while a counter is in use by an operation this
+  // instruction depends on.
+  const uint32_t conditions = BlockingConditions(info);
+  while (true) {
+    int blocking = -1;
+    for (int row = 0; row < kDependencyRowCount; ++row) {
+      if ((conditions >> row & 1u) && c.*kDependencyRows[row].counter > 0) {
+        blocking = row;
+        break;
+      }
+    }
+    if (blocking < 0)
+      break;
+    result.reason = kDependencyRows[blocking].reason;
+    // Vector memory may issue when every pending VALU result lands next cycle.
+    if (c.va_vdst_ != 0 && GetShortenedVaVdstCondition(info))
+      break;
+    if (IsQuiescent()) {
+      for (int row = 0; row < kDependencyRowCount; ++row)
+        if ((conditions >> row & 1u) && c.*kDependencyRows[row].counter > 0)
+          c.*kDependencyRows[row].counter = 0;
+      break;
+    }
+    UpdateCounters(1);
+    ++result.length;
+  }
+
+  // SGPR sources written by the SALU must be visible; lane masks are
+  // forwarded.
+  if (info.UsesSALU() || IsAnyVALU(info)) {
+    for (RegisterID reg : info.GetReadSGPRs()) {
+      const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
+      if (!writer.usage.UseSALU())
+        continue;
+      const StallLength remaining = writer.visibilityLength;
+      if (!remaining.IsZero() && !writer.writesLaneMask) {
+        result.length += remaining;
+        UpdateCounters(remaining);
+        result.reason = kSGPRSourceStall;
+      }
+    }
+  }
+
+  if (!IsAnyVALU(info))
+    return result;
+
+  // VGPR sources must be visible. The transcendental unit forwards its own
+  // results three cycles early.
+  const bool transOnly = info.UsesTransVALU() && !info.UsesVALU();
+  for (RegisterID reg : info.GetReadVGPRs()) {
+    const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
+    StallLength remaining = writer.visibilityLength;
+    if (transOnly && writer.usage.UseTransVALU())
+      remaining -= 3;
+    if (remaining.IsZero())
+      continue;
+    if (remaining.IsIndefinite())
+      AbortUnresolvedStall(writer);
+    result.length += remaining;
+    if (remaining > 0)
+      UpdateCounters(remaining);
+    result.reason = kVGPRSourceStall;
+  }
+  return result;
+}
+
+}  // namespace vesk
