@@ -73,8 +73,9 @@ ROW_DROPS = {
     },
 }
 
-# name -> (format, base_format, args, reason). The args are copied from the
-# example of the row named in 'like' in the same (or the named) generation.
+# name -> (format, base_format, args, reason). The args are the example operand
+# list of the sibling row with the same operands (v_add_i32 for the carry-op
+# aliases, v_mqsad_pk_u16_u8 for the SAD names, v_mov_b32 for v_mov_fed_b32).
 ROW_ADDS = {
     "gfx7": {
         "v_add_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "assembler alias of v_add_i32 (the GFX8 name), listed for GFX7 by CLRX; base name only"),
@@ -488,6 +489,8 @@ def main():
             with open(path, "w", encoding="utf-8", newline="\n") as handle:
                 handle.write(text)
             print(f"{gen}: {len(table)} rows -> {os.path.relpath(path, ROOT)}")
+    if args.check and status == 0:
+        print("data tables are up to date")
     return status
 
 
