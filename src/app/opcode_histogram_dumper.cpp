@@ -17,8 +17,7 @@ namespace {
 // "unknown" when the last part is not a type.
 std::string OperandSizeKey(const std::string& name) {
   const size_t underscore = name.rfind('_');
-  if (underscore == std::string::npos)
-    return "unknown";
+  if (underscore == std::string::npos) return "unknown";
   const std::string tail = name.substr(underscore + 1);
   if (tail.size() < 2 || std::string_view("bfiu").find(tail[0]) == std::string_view::npos ||
       !std::isdigit(static_cast<unsigned char>(tail[1]))) {
@@ -45,8 +44,7 @@ bool OpcodeHistogramDumper::InvokeImpl() {
     }
   }
   // "instruction-class" is accepted but counts nothing.
-  if (counts.empty())
-    return true;
+  if (counts.empty()) return true;
 
   std::vector<std::pair<std::string, int>> entries(counts.begin(), counts.end());
   std::sort(entries.begin(), entries.end(),

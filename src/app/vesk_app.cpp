@@ -30,8 +30,7 @@ VeskApp::VeskApp() : CLI::App("Vesk 3.0", "") {
 
 void VeskApp::ConfigureCommands() {
   auto addPaths = [this](CLI::App* command, bool withInput) {
-    if (withInput)
-      command->add_option("input", inputPath, "")->required();
+    if (withInput) command->add_option("input", inputPath, "")->required();
     command->add_option("output", outputPath, "")->required();
   };
 
@@ -71,8 +70,7 @@ void VeskApp::ConfigureCommands() {
 }
 
 bool VeskApp::CreateInputStream() {
-  if (inputPath.empty())
-    return true;
+  if (inputPath.empty()) return true;
   if (inputPath == "-") {
     inputStream << std::cin.rdbuf();
     inputStream.clear();
@@ -100,14 +98,10 @@ void VeskApp::CreateOutputStream() {
 }
 
 std::unique_ptr<vesk::IsaReader> VeskApp::CreateIsaReader() const {
-  if (inputType == "hsail")
-    return std::make_unique<vesk::HSAILIsaReader>();
-  if (inputType == "sc")
-    return std::make_unique<vesk::ShaderDumpIsaReader>();
-  if (inputType == "sa")
-    return std::make_unique<vesk::ShaderAnalyzerIsaReader>();
-  if (inputType == "raw")
-    return std::make_unique<vesk::RawIsaReader>();
+  if (inputType == "hsail") return std::make_unique<vesk::HSAILIsaReader>();
+  if (inputType == "sc") return std::make_unique<vesk::ShaderDumpIsaReader>();
+  if (inputType == "sa") return std::make_unique<vesk::ShaderAnalyzerIsaReader>();
+  if (inputType == "raw") return std::make_unique<vesk::RawIsaReader>();
   return std::make_unique<vesk::AutoIsaReader>();
 }
 
@@ -118,14 +112,27 @@ void VeskApp::PrintISAInstructions(const vesk::InstructionSet& instructionSet) {
   }
 }
 
+void VeskApp::ApplyPathsInCommandLineOrder() {
+  // Every subcommand binds the same two paths, but CLI11 stores them in
+  // declaration order; with two subcommands on one line the paths given last
+  // must win, so store them again in the order the subcommands were given.
+  for (CLI::App* command : get_subcommands()) {
+    if (CLI::Option* input = command->get_option_no_throw("input"); input && input->count()) {
+      inputPath = input->as<std::string>();
+    }
+    if (CLI::Option* output = command->get_option_no_throw("output"); output && output->count()) {
+      outputPath = output->as<std::string>();
+    }
+  }
+}
+
 bool VeskApp::Execute() {
-  if (!CreateInputStream())
-    return false;
+  ApplyPathsInCommandLineOrder();
+  if (!CreateInputStream()) return false;
   CreateOutputStream();
 
   std::unique_ptr<vesk::InstructionSet> instructionSet = vesk::CreateInstructionSet(isa);
-  if (!instructionSet)
-    return false;
+  if (!instructionSet) return false;
 
   if (printInstructionsCommand->parsed()) {
     PrintISAInstructions(*instructionSet);
@@ -133,8 +140,7 @@ bool VeskApp::Execute() {
   }
 
   std::unique_ptr<vesk::IsaReader> reader = CreateIsaReader();
-  if (!reader)
-    return false;
+  if (!reader) return false;
 
   std::unique_ptr<BaseVeskAppTask> task;
   if (analyseLivenessCommand->parsed()) {

@@ -21,6 +21,7 @@ class VeskApp : public CLI::App {
 
  private:
   void ConfigureCommands();
+  void ApplyPathsInCommandLineOrder();
   bool CreateInputStream();
   void CreateOutputStream();
   std::unique_ptr<vesk::IsaReader> CreateIsaReader() const;

@@ -58,8 +58,7 @@ BasicBlockList CreateBasicBlocksFromInvocations(const std::vector<Invocation>& i
       closeBlock();
       if (!labels.empty()) {
         currentName = labels.front();
-        for (size_t i = 1; i < labels.size(); ++i)
-          aliasTable[labels[i]] = labels.front();
+        for (size_t i = 1; i < labels.size(); ++i) aliasTable[labels[i]] = labels.front();
       } else {
         currentName = "basic_block_" + std::to_string(blocks.size());
       }
@@ -67,8 +66,7 @@ BasicBlockList CreateBasicBlocksFromInvocations(const std::vector<Invocation>& i
     startNewBlock = invocation.IsBranch() || invocation.IsJump() || invocation.IsEnd();
     current.push_back(&invocation);
   }
-  if (!current.empty())
-    closeBlock();
+  if (!current.empty()) closeBlock();
 
   blocks.push_back(BasicBlock::CreateBasicBlock("exit", {}, static_cast<int>(blocks.size())));
   BasicBlock* exitBlock = blocks.back().get();
@@ -84,8 +82,7 @@ BasicBlockList CreateBasicBlocksFromInvocations(const std::vector<Invocation>& i
     const Invocation* last = block->GetInvocations().back();
     if (last->IsBranch()) {
       std::string target = last->GetBranchTarget();
-      if (auto alias = aliasTable.find(target); alias != aliasTable.end())
-        target = alias->second;
+      if (auto alias = aliasTable.find(target); alias != aliasTable.end()) target = alias->second;
       if (auto found = blockTable.find(target); found != blockTable.end()) {
         BasicBlock::Link(block, found->second);
       }

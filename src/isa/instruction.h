@@ -67,8 +67,7 @@ class InstructionOperands {
   }
   static InstructionOperands Merge(const std::vector<InstructionOperands>& list) {
     InstructionOperands result;
-    for (const auto& item : list)
-      result.MergeWith(item);
+    for (const auto& item : list) result.MergeWith(item);
     return result;
   }
 

@@ -31,8 +31,7 @@ const Instruction* InstructionSet::Find(const char* name) const {
   const Instruction* it = std::lower_bound(
       begin(), end(), name,
       [](const Instruction& row, const char* key) { return std::strcmp(row.name, key) < 0; });
-  if (it != end() && std::strcmp(it->name, name) == 0)
-    return it;
+  if (it != end() && std::strcmp(it->name, name) == 0) return it;
   return nullptr;
 }
 
@@ -42,8 +41,7 @@ bool InstructionSet::Contains(const char* name) const {
 
 const Instruction& InstructionSet::Get(const char* name) const {
   const Instruction* row = Find(name);
-  if (!row)
-    throw std::runtime_error("Instruction not found");
+  if (!row) throw std::runtime_error("Instruction not found");
   return *row;
 }
 
@@ -53,14 +51,10 @@ GFX9InstructionSet::GFX9InstructionSet() : InstructionSet(kGfx9Table, std::size(
 GFX10InstructionSet::GFX10InstructionSet() : InstructionSet(kGfx10Table, std::size(kGfx10Table)) {}
 
 std::unique_ptr<InstructionSet> CreateInstructionSet(const std::string& name) {
-  if (name == "gfx7")
-    return std::make_unique<GFX7InstructionSet>();
-  if (name == "gfx8")
-    return std::make_unique<GFX8InstructionSet>();
-  if (name == "gfx9")
-    return std::make_unique<GFX9InstructionSet>();
-  if (name == "gfx10")
-    return std::make_unique<GFX10InstructionSet>();
+  if (name == "gfx7") return std::make_unique<GFX7InstructionSet>();
+  if (name == "gfx8") return std::make_unique<GFX8InstructionSet>();
+  if (name == "gfx9") return std::make_unique<GFX9InstructionSet>();
+  if (name == "gfx10") return std::make_unique<GFX10InstructionSet>();
   return nullptr;
 }
 

@@ -20,14 +20,10 @@ bool IsDigit(char c) {
 // Branch operands name their label in one of the assembler spellings; the
 // block names drop the prefix the same way the reader does for label lines.
 std::string TargetFromOperand(const std::string& operand) {
-  if (StartsWith(operand, "label_"))
-    return operand.substr(6);
-  if (StartsWith(operand, "_L"))
-    return operand.substr(2);
-  if (StartsWith(operand, "BB"))
-    return operand.substr(2);
-  if (StartsWith(operand, "_"))
-    return operand;
+  if (StartsWith(operand, "label_")) return operand.substr(6);
+  if (StartsWith(operand, "_L")) return operand.substr(2);
+  if (StartsWith(operand, "BB")) return operand.substr(2);
+  if (StartsWith(operand, "_")) return operand;
   std::cerr << "Error: Could not determine label type. Aborting." << std::endl;
   std::exit(-1);
 }
@@ -41,8 +37,7 @@ Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
       args(std::move(args_)),
       modifiers(std::move(modifiers_)),
       labels(std::move(labels_)) {
-  if (set.Contains(opcode.c_str()))
-    instruction = &set.Get(opcode.c_str());
+  if (set.Contains(opcode.c_str())) instruction = &set.Get(opcode.c_str());
   if (instruction->IsBranch() || instruction->IsJump()) {
     target = TargetFromOperand(args.empty() ? std::string() : args[0]);
   }
@@ -61,8 +56,7 @@ std::vector<Register> Invocation::ParseRegister(const std::string& operand) {
       s = s.substr(open + 1, close - open - 1);
     }
   }
-  if (!s.empty() && s[0] == '-')
-    s.erase(0, 1);
+  if (!s.empty() && s[0] == '-') s.erase(0, 1);
 
   std::vector<Register> result;
   if (s.size() >= 2 && (s[0] == 'v' || s[0] == 's') && (s[1] == '[' || IsDigit(s[1]))) {
@@ -77,8 +71,7 @@ std::vector<Register> Invocation::ParseRegister(const std::string& operand) {
     // Register numbers stop at 255; a wider range in malformed text is cut
     // rather than enumerated.
     const int last = std::min(hi, 511);
-    for (int index = lo; index <= last; ++index)
-      result.push_back({index, type});
+    for (int index = lo; index <= last; ++index) result.push_back({index, type});
     return result;
   }
   if (!s.empty() && s[0] == '[') {
@@ -111,11 +104,9 @@ InstructionOperands Invocation::GetUsedRegisters(RegisterType type) const {
   const uint64_t read = instruction->GetRead();
   for (size_t i = 0; i < args.size(); ++i) {
     const uint64_t bit = i < 64 ? uint64_t{1} << i : 0;
-    if (!((readWritten | written | read) & bit))
-      continue;
+    if (!((readWritten | written | read) & bit)) continue;
     for (const Register& reg : ParseRegister(args[i])) {
-      if (reg.type != type || reg.index < 0 || reg.index > 255)
-        continue;
+      if (reg.type != type || reg.index < 0 || reg.index > 255) continue;
       if (readWritten & bit) {
         operands.GetRead().Insert(reg.index);
         operands.GetWritten().Insert(reg.index);
@@ -133,12 +124,10 @@ UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
   UnifiedRegisterSet set;
   const uint64_t mask = usage == Read ? instruction->GetRead() : instruction->GetWritten();
   for (size_t i = 0; i < 64 && i < args.size(); ++i) {
-    if (!((mask >> i) & 1u))
-      continue;
+    if (!((mask >> i) & 1u)) continue;
     const std::vector<Register> registers = ParseRegister(args[i]);
     for (const Register& reg : registers) {
-      if (reg.index < 0 || reg.index > 255)
-        continue;
+      if (reg.index < 0 || reg.index > 255) continue;
       if (reg.type == SGPR) {
         set.GetSGPRSet().Insert(reg.index);
       } else {
@@ -147,8 +136,7 @@ UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
     }
     if (registers.empty()) {
       RegisterID id = 0;
-      if (TryGetSpecialRegisterID(args[i].c_str(), id))
-        set.GetSGPRSet().Insert(GetSGPRIndex(id));
+      if (TryGetSpecialRegisterID(args[i].c_str(), id)) set.GetSGPRSet().Insert(GetSGPRIndex(id));
     }
   }
   return set;
@@ -157,8 +145,7 @@ UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
 std::string Invocation::ToString(bool withLabels, bool withModifiers) const {
   std::string line;
   if (withLabels && !labels.empty()) {
-    for (size_t i = 0; i + 1 < labels.size(); ++i)
-      line += "label_" + labels[i] + ", ";
+    for (size_t i = 0; i + 1 < labels.size(); ++i) line += "label_" + labels[i] + ", ";
     line += "label_" + labels.back() + ": ";
   }
   line += instruction->GetName();
@@ -174,8 +161,7 @@ std::string Invocation::ToString(bool withLabels, bool withModifiers) const {
 std::unordered_set<std::string> GetUsedLabels(const std::vector<Invocation>& invocations) {
   std::unordered_set<std::string> labels;
   for (const Invocation& invocation : invocations) {
-    if (invocation.IsBranch() || invocation.IsJump())
-      labels.insert(invocation.GetBranchTarget());
+    if (invocation.IsBranch() || invocation.IsJump()) labels.insert(invocation.GetBranchTarget());
   }
   return labels;
 }

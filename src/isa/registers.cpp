@@ -17,8 +17,7 @@ const std::unordered_map<std::string_view, RegisterID>& SpecialRegisters() {
                                           "ttmp6",  "ttmp7",  "ttmp8",  "ttmp9", "ttmp10", "ttmp11",
                                           "ttmp12", "ttmp13", "ttmp14", "ttmp15"};
     std::unordered_map<std::string_view, RegisterID> map;
-    for (int i = 0; i < 16; ++i)
-      map.emplace(kTtmp[i], 368 + i);
+    for (int i = 0; i < 16; ++i) map.emplace(kTtmp[i], 368 + i);
     map.emplace("exec", 384);
     map.emplace("exec_lo", 384);
     map.emplace("vcc", 385);
@@ -41,8 +40,7 @@ const std::unordered_map<std::string_view, RegisterID>& SpecialRegisters() {
 bool TryGetSpecialRegisterID(const char* name, RegisterID& out) {
   const auto& table = SpecialRegisters();
   auto it = table.find(name);
-  if (it == table.end())
-    return false;
+  if (it == table.end()) return false;
   out = it->second;
   return true;
 }
@@ -56,27 +54,21 @@ RegisterID GetSpecialRegisterID(const char* name) {
 
 UnifiedRegisterSet::UnifiedRegisterSet(std::initializer_list<int> vgprs,
                                        std::initializer_list<int> sgprs) {
-  for (int v : vgprs)
-    vgprs_.Insert(v);
-  for (int s : sgprs)
-    sgprs_.Insert(s);
+  for (int v : vgprs) vgprs_.Insert(v);
+  for (int s : sgprs) sgprs_.Insert(s);
 }
 
 UnifiedRegisterSet::UnifiedRegisterSet(std::initializer_list<RegisterID> ids) {
-  for (RegisterID id : ids)
-    Insert(id);
+  for (RegisterID id : ids) Insert(id);
 }
 
 UnifiedRegisterSet::UnifiedRegisterSet(const std::vector<RegisterID>& ids) {
-  for (RegisterID id : ids)
-    Insert(id);
+  for (RegisterID id : ids) Insert(id);
 }
 
 int UnifiedRegisterSet::Last() const {
-  if (!sgprs_.IsEmpty())
-    return sgprs_.Last();
-  if (!vgprs_.IsEmpty())
-    return vgprs_.Last();
+  if (!sgprs_.IsEmpty()) return sgprs_.Last();
+  if (!vgprs_.IsEmpty()) return vgprs_.Last();
   return 0;
 }
 

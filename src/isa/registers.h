@@ -92,8 +92,7 @@ class SmallIntSet {
 
   constexpr SmallIntSet() = default;
   SmallIntSet(std::initializer_list<int> values) {
-    for (int v : values)
-      Insert(v);
+    for (int v : values) Insert(v);
   }
 
   void Insert(int value) { words_[value >> 6] |= uint64_t{1} << (value & 63); }
@@ -101,32 +100,27 @@ class SmallIntSet {
   bool Contains(int value) const { return (words_[value >> 6] >> (value & 63)) & 1u; }
   int Count() const {
     int count = 0;
-    for (uint64_t w : words_)
-      count += std::popcount(w);
+    for (uint64_t w : words_) count += std::popcount(w);
     return count;
   }
   bool IsEmpty() const {
     for (uint64_t w : words_)
-      if (w)
-        return false;
+      if (w) return false;
     return true;
   }
   // Highest member, or -1 when empty.
   int Last() const {
     for (int w = kWords - 1; w >= 0; --w)
-      if (words_[w])
-        return w * 64 + 63 - std::countl_zero(words_[w]);
+      if (words_[w]) return w * 64 + 63 - std::countl_zero(words_[w]);
     return -1;
   }
   SmallIntSet& operator|=(const SmallIntSet& other) {
-    for (int w = 0; w < kWords; ++w)
-      words_[w] |= other.words_[w];
+    for (int w = 0; w < kWords; ++w) words_[w] |= other.words_[w];
     return *this;
   }
   // Difference: removes every member of `other`.
   SmallIntSet& operator-=(const SmallIntSet& other) {
-    for (int w = 0; w < kWords; ++w)
-      words_[w] &= ~other.words_[w];
+    for (int w = 0; w < kWords; ++w) words_[w] &= ~other.words_[w];
     return *this;
   }
   SmallIntSet operator|(const SmallIntSet& other) const { return SmallIntSet(*this) |= other; }
@@ -141,15 +135,12 @@ class SmallIntSet {
 
   // Smallest member >= from, or N when there is none.
   int NextFrom(int from) const {
-    if (from >= N)
-      return N;
+    if (from >= N) return N;
     int w = from >> 6;
     uint64_t bits = words_[w] & (~uint64_t{0} << (from & 63));
     while (true) {
-      if (bits)
-        return w * 64 + std::countr_zero(bits);
-      if (++w == kWords)
-        return N;
+      if (bits) return w * 64 + std::countr_zero(bits);
+      if (++w == kWords) return N;
       bits = words_[w];
     }
   }

@@ -17,8 +17,7 @@ std::vector<TokenLine> BaseIsaReader::GetLines(std::stringstream& input) {
   std::string line;
   // A read that reaches the end of the stream ends the loop before its line
   // is used, so an unterminated last line is not part of the listing.
-  while (std::getline(input, line) && !input.eof())
-    lines.push_back(Tokenize(line));
+  while (std::getline(input, line) && !input.eof()) lines.push_back(Tokenize(line));
   return lines;
 }
 
@@ -36,8 +35,7 @@ namespace {
 // The label a label line defines, or false when the line is no label line.
 bool ReadLabel(const TokenLine& tokens, std::string& label) {
   const std::string& word = tokens[0];
-  if (word.empty() || word.back() != ':')
-    return false;
+  if (word.empty() || word.back() != ':') return false;
   const std::string name = word.substr(0, word.size() - 1);
   if (StartsWith(word, "label")) {
     label = name.size() > 6 ? name.substr(6) : std::string();
@@ -56,10 +54,8 @@ bool ReadLabel(const TokenLine& tokens, std::string& label) {
 // The encoding suffix is dropped when the word contains it anywhere; the cut
 // is always at the end of the word.
 std::string StripEncodingSuffix(const std::string& word) {
-  if (ContainsAny(word, {"_e64", "_e32", "_dpp"}))
-    return word.substr(0, word.size() - 4);
-  if (ContainsAny(word, {"_sdwa"}))
-    return word.substr(0, word.size() - 5);
+  if (ContainsAny(word, {"_e64", "_e32", "_dpp"})) return word.substr(0, word.size() - 4);
+  if (ContainsAny(word, {"_sdwa"})) return word.substr(0, word.size() - 5);
   return word;
 }
 
@@ -70,8 +66,7 @@ std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& in
   std::vector<Invocation> invocations;
   std::vector<std::string> pendingLabels;
   for (const TokenLine& tokens : lines) {
-    if (tokens.empty() || IsComment(tokens))
-      continue;
+    if (tokens.empty() || IsComment(tokens)) continue;
     const std::string& first = tokens[0];
     if (first.find('(') != std::string::npos || first.find('@') != std::string::npos ||
         first == "shader") {
@@ -89,8 +84,7 @@ std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& in
     std::vector<std::string> modifiers;
     for (const std::string& rawPiece : Split(operandText, ", ", KeepEmpty)) {
       const std::string piece = Trim(rawPiece);
-      if (piece.empty())
-        continue;
+      if (piece.empty()) continue;
       if (piece.find(' ') == std::string::npos) {
         args.push_back(piece);
         continue;

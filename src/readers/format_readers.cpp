@@ -14,8 +14,7 @@ namespace {
 
 bool HasWord(const TokenLine& tokens, const char* word) {
   for (const std::string& token : tokens)
-    if (token == word)
-      return true;
+    if (token == word) return true;
   return false;
 }
 
@@ -32,10 +31,8 @@ std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
   // Unlike GetLines, an unterminated last line is kept: only a failed read stops.
   for (; std::getline(input, line); ++lineIndex) {
     TokenLine tokens = Tokenize(line);
-    if (HasWord(tokens, "s_endpgm"))
-      endIndex = lineIndex;
-    if (tokens.size() == 1 && tokens[0] == "s_code_end")
-      break;
+    if (HasWord(tokens, "s_endpgm")) endIndex = lineIndex;
+    if (tokens.size() == 1 && tokens[0] == "s_code_end") break;
     if (endIndex >= 0 && endIndex == lineIndex - 1) {
       if (tokens.size() == 1 && tokens[0].back() == ':') {
         endIndex = -1;
@@ -73,20 +70,17 @@ std::vector<Invocation> ShaderAnalyzerIsaReader::Parse(std::stringstream& input,
   bool open = false;
   for (size_t i = 0; i < lines.size(); ++i) {
     const TokenLine& tokens = lines[i];
-    if (tokens.empty() || tokens[0] == "s_code_end")
-      continue;
+    if (tokens.empty() || tokens[0] == "s_code_end") continue;
     if (tokens[0] == "shader" || tokens[0] == "end") {
       const bool isEnd = tokens[0] == "end";
       if (open == isEnd) {
-        if (isEnd)
-          break;  // only the first shader block is read
+        if (isEnd) break;  // only the first shader block is read
         open = true;
         continue;
       }
       throw std::runtime_error(fmt::format("Mismatch shader/end in line {}", i + 1));
     }
-    if (open)
-      kept.push_back(tokens);
+    if (open) kept.push_back(tokens);
   }
   return ReadInstructions(instructionSet, kept);
 }
@@ -98,8 +92,7 @@ std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
   bool open = false;
   for (size_t i = 0; i < lines.size(); ++i) {
     const TokenLine& tokens = lines[i];
-    if (tokens.empty())
-      continue;
+    if (tokens.empty()) continue;
     const bool secondIsFor = tokens.size() >= 2 && tokens[1] == "for";
     bool mismatch = false;
     if (tokens[0] == "Disassembly") {
@@ -109,8 +102,7 @@ std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
       }
       mismatch = true;
     } else if (tokens[0] == "end") {
-      if (open)
-        break;
+      if (open) break;
       mismatch = true;
     } else if (secondIsFor) {
       mismatch = true;
@@ -118,29 +110,22 @@ std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
     if (mismatch) {
       throw std::runtime_error(fmt::format("Mismatched Disassembly for/end in line {}", i + 1));
     }
-    if (open)
-      kept.push_back(tokens);
+    if (open) kept.push_back(tokens);
   }
   return ReadInstructions(instructionSet, kept);
 }
 
 std::string ShaderDumpIsaReader::ExtractInstructionSet(const TokenLine& tokens) {
-  if (tokens.empty())
-    return {};
+  if (tokens.empty()) return {};
   const std::string& word = tokens[0];
-  if (!StartsWith(word, "asic(") || word.find(')') == std::string::npos)
-    return {};
+  if (!StartsWith(word, "asic(") || word.find(')') == std::string::npos) return {};
   std::string inner = word.substr(5, word.size() - 6);
-  if (inner.empty())
-    return {};
+  if (inner.empty()) return {};
   const size_t underscore = inner.find('_');
-  if (underscore != std::string::npos)
-    inner = inner.substr(0, underscore);
+  if (underscore != std::string::npos) inner = inner.substr(0, underscore);
   inner = ToLower(inner);
-  if (inner == "vi")
-    return "gfx8";
-  if (inner == "ci" || inner == "si")
-    return "gfx7";
+  if (inner == "vi") return "gfx8";
+  if (inner == "ci" || inner == "si") return "gfx7";
   return inner;
 }
 
@@ -153,8 +138,7 @@ std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
   const InstructionSet* readingSet = &instructionSet;
   bool open = false;
   for (const TokenLine& tokens : lines) {
-    if (tokens.empty())
-      continue;
+    if (tokens.empty()) continue;
     if (Join(" ", tokens.begin(), tokens.end()) == "; -------- Disassembly --------------------") {
       open = true;
     } else if (tokens[0] == "end" && open) {

@@ -36,8 +36,7 @@ std::vector<std::string> Split(const std::string& text, const std::string_view& 
 template <typename Iterator>
 std::string Join(const std::string& separator, Iterator first, Iterator last) {
   std::string result;
-  if (first == last)
-    return result;
+  if (first == last) return result;
   result += *first;
   for (++first; first != last; ++first) {
     result += separator;

@@ -74,8 +74,7 @@ TEST(ReadInstructions, LineRules) {
       {"s_nop 0\nlabel_9:\n", {"s_nop 0"}},  // pending labels at the end are dropped
       {"a_op v1, v2 glc, v3 slc\n", {"<unknown> v1, v2, v3 slc"}},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(Read(raw, c.text, set), c.expected) << c.text;
+  for (const Case& c : cases) EXPECT_EQ(Read(raw, c.text, set), c.expected) << c.text;
 }
 
 TEST(RawReader, StopsAfterEndOfProgramAndFiller) {
@@ -93,8 +92,7 @@ TEST(RawReader, StopsAfterEndOfProgramAndFiller) {
       {"s_endpgm\nlabel_next:\ns_nop 0\n", {"s_endpgm ", "label_next: s_nop 0"}},
       {"s_nop 0\ns_endpgm", {"s_nop 0", "s_endpgm "}},  // unterminated last line is kept
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(Read(raw, c.text, set), c.expected) << c.text;
+  for (const Case& c : cases) EXPECT_EQ(Read(raw, c.text, set), c.expected) << c.text;
 }
 
 TEST(FramedReaders, SelectTheirBlock) {
@@ -172,8 +170,7 @@ TEST(AutoReader, DetectsTheLayout) {
       {"s_nop 3\nshader k\ns_nop 4\n", {"s_nop 4"}},
       {"s_nop 5\ns_endpgm\n", {"s_nop 5", "s_endpgm "}},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(Read(reader, c.text, set), c.expected) << c.text;
+  for (const Case& c : cases) EXPECT_EQ(Read(reader, c.text, set), c.expected) << c.text;
 }
 
 }  // namespace

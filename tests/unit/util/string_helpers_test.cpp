@@ -45,8 +45,7 @@ TEST(AffixTests, FollowTheirListRules) {
       {"starts with: empty prefix", StartsWith("abc", ""), true},
       {"starts with: text shorter", StartsWith("ab", "abc"), false},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(c.actual, c.expected) << c.what;
+  for (const Case& c : cases) EXPECT_EQ(c.actual, c.expected) << c.what;
 }
 
 TEST(LeftPad, RightAlignsWithoutCutting) {
