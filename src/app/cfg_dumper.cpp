@@ -30,11 +30,13 @@ std::ostream& CFGDumper::WriteBlockContent(const BasicBlock* block, bool compact
 }
 
 bool CFGDumper::InvokeImpl() {
+  // The blocks are built before anything is written, so that a listing the
+  // block builder rejects leaves no partial graph behind.
+  const vesk::BasicBlockList blocks = vesk::CreateBasicBlocksFromInvocations(invocations);
   std::ostream& out = *output;
   out << "digraph {\n";
   out << "node [shape=box]\n";
 
-  const vesk::BasicBlockList blocks = vesk::CreateBasicBlocksFromInvocations(invocations);
   // Edges between blocks are written after all nodes: (source node, target
   // block label). The target's node is "n_<label>" in every style, since a
   // block's first instruction node carries the block's own name.
@@ -49,8 +51,7 @@ bool CFGDumper::InvokeImpl() {
       std::string previous;
       for (size_t i = 0; i < blockInvocations.size(); ++i) {
         out << '"' << name << "\" [label=\"" << blockInvocations[i]->ToString() << "\"]\n";
-        if (!previous.empty())
-          out << '"' << previous << "\":s -> \"" << name << "\";\n";
+        if (!previous.empty()) out << '"' << previous << "\":s -> \"" << name << "\";\n";
         previous = name;
         if (i + 1 < blockInvocations.size()) {
           // The record's address keeps the names unique within one run.

@@ -1,0 +1,61 @@
+// Per-instruction register liveness of one register class, in program order,
+// and the register-pressure figures condensed from it.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "isa/invocation.h"
+#include "isa/registers.h"
+
+namespace vesk {
+
+// What one instruction does with the registers of the analysed class.
+class RegisterState {
+ public:
+  using Set = SmallIntSet<256>;
+
+  RegisterState() = default;
+  RegisterState(const Set& read, const Set& written, const Set& live)
+      : read_(read), written_(written), live_(live) {}
+
+  const Set& Read() const { return read_; }
+  const Set& Written() const { return written_; }
+  // Live on entry to or on exit from the instruction.
+  const Set& Live() const { return live_; }
+
+ private:
+  Set read_;
+  Set written_;
+  Set live_;
+};
+
+struct RegisterUsage {
+  int maxRegisterIndex = 0;  // highest register index live anywhere, 0 if none
+  int maxLiveCount = 0;      // most registers live at one instruction
+};
+
+struct LivenessAnalysisOptions {
+  // Hide registers that are live at the program start before any write
+  // (kernel arguments and other preloaded values, or reads of garbage).
+  bool removeStartLines : 1 = false;
+};
+
+using RegisterStates = std::vector<std::pair<const Invocation*, RegisterState>>;
+
+class LivenessAnalysis {
+ public:
+  // One pair per node of the per-instruction graph that reaches the program's
+  // end, in program order; the entry and exit nodes carry a null invocation.
+  // Throws AnalysisError for a program the graph cannot be built for.
+  static RegisterStates Analyze(const std::vector<Invocation>& invocations, RegisterType type,
+                                LivenessAnalysisOptions options);
+  static RegisterUsage GetRegisterUsage(const RegisterStates& states);
+  // One report line after the line-number column: live count, one character
+  // per register (x read+written, v read, ^ written, : live), instruction.
+  static std::string FormatRegisterUsage(const std::pair<const Invocation*, RegisterState>& state,
+                                         RegisterUsage usage);
+};
+
+}  // namespace vesk

@@ -1,0 +1,113 @@
+// Per-instruction liveness records, the start-of-program pass and the report
+// line format.
+#include <gtest/gtest.h>
+
+#include "../cfg/test_program.h"
+#include "liveness/liveness_analysis.h"
+
+namespace vesk {
+namespace {
+
+using Set = RegisterState::Set;
+
+struct ReportCase {
+  const char* name;
+  std::vector<std::string> program;
+  bool removeStartLines;
+  // FormatRegisterUsage of every record, entry and exit (empty) included.
+  std::vector<std::string> lines;
+  int maxRegisterIndex;
+  int maxLiveCount;
+};
+
+const std::vector<std::string> kUnwrittenReads = {"v_mov_b32 v0, v1", "v_add_f32 v2, v0, v3",
+                                                  "s_endpgm"};
+// v1 is read in the loop header before the loop body writes it.
+const std::vector<std::string> kLoopHeaderRead = {"v_mov_b32 v0, v5", "LOOP: v_add_f32 v2, v1, v0",
+                                                  "v_mov_b32 v1, v2", "s_cbranch_scc0 label_LOOP",
+                                                  "s_endpgm"};
+
+const ReportCase kReportCases[] = {
+    {"registers never written are live from the start",
+     kUnwrittenReads,
+     false,
+     {"", "  3 | ^v : | v_mov_b32 v0, v1", "  2 | v ^v | v_add_f32 v2, v0, v3",
+      "  0 |      | s_endpgm ", ""},
+     3,
+     3},
+    {"start lines removed, writes still shown",
+     kUnwrittenReads,
+     true,
+     {"", "  1 | ^ | v_mov_b32 v0, v1", "  1 | v | v_add_f32 v2, v0, v3", "  0 |   | s_endpgm ",
+      ""},
+     0,
+     1},
+    {"loop-carried register",
+     kLoopHeaderRead,
+     false,
+     {"", "  3 | ^:   v | v_mov_b32 v0, v5", "  3 | vv^    | label_LOOP: v_add_f32 v2, v1, v0",
+      "  3 | :^v    | v_mov_b32 v1, v2", "  2 | ::     | s_cbranch_scc0 label_LOOP",
+      "  0 |        | s_endpgm ", ""},
+     5,
+     3},
+    {"loop header keeps hiding the register; the back edge adds nothing",
+     kLoopHeaderRead,
+     true,
+     {"", "  1 | ^   | v_mov_b32 v0, v5", "  2 | v ^ | label_LOOP: v_add_f32 v2, v1, v0",
+      "  3 | :^v | v_mov_b32 v1, v2", "  2 | ::  | s_cbranch_scc0 label_LOOP",
+      "  0 |     | s_endpgm ", ""},
+     2,
+     3},
+    {"nothing live", {"s_endpgm"}, false, {"", "  0 |   | s_endpgm ", ""}, 0, 0},
+    {"highest register", {"v_mov_b32 v0, v255", "s_endpgm"}, false, {}, 255, 1},
+    {"code after the end of program is left out",
+     {"v_mov_b32 v0, v1", "s_endpgm", "s_nop 0", "v_mov_b32 v2, v3", "s_endpgm"},
+     false,
+     {"", "  1 | ^v | v_mov_b32 v0, v1", "  0 |    | s_endpgm ", ""},
+     1,
+     1},
+};
+
+TEST(LivenessAnalysisTest, RecordsInProgramOrder) {
+  for (const ReportCase& c : kReportCases) {
+    SCOPED_TRACE(c.name);
+    const std::vector<Invocation> program = test::MakeProgram(c.program);
+    LivenessAnalysisOptions options;
+    options.removeStartLines = c.removeStartLines;
+    const RegisterStates states = LivenessAnalysis::Analyze(program, VGPR, options);
+    const RegisterUsage usage = LivenessAnalysis::GetRegisterUsage(states);
+    EXPECT_EQ(usage.maxRegisterIndex, c.maxRegisterIndex);
+    EXPECT_EQ(usage.maxLiveCount, c.maxLiveCount);
+    if (c.lines.empty()) continue;
+    std::vector<std::string> lines;
+    for (const auto& state : states)
+      lines.push_back(LivenessAnalysis::FormatRegisterUsage(state, usage));
+    EXPECT_EQ(lines, c.lines);
+  }
+}
+
+TEST(LivenessAnalysisTest, RemovedStartLinesKeepTheWrite) {
+  // v1 is hidden everywhere before it is written, but its write shows.
+  const std::vector<Invocation> program = test::MakeProgram(
+      {"v_add_f32 v0, v1, v1", "v_mov_b32 v1, v0", "v_mov_b32 v2, v1", "s_endpgm"});
+  LivenessAnalysisOptions options;
+  options.removeStartLines = true;
+  const RegisterStates states = LivenessAnalysis::Analyze(program, VGPR, options);
+  ASSERT_EQ(states.size(), 6u);
+  EXPECT_EQ(states[1].second.Read(), Set{});
+  EXPECT_EQ(states[1].second.Live(), (Set{0}));
+  EXPECT_EQ(states[2].second.Written(), (Set{1}));
+  EXPECT_EQ(states[3].second.Read(), (Set{1}));
+  EXPECT_EQ(states[3].first, &program[2]);
+}
+
+TEST(LivenessAnalysisTest, FormatPrecedence) {
+  const Invocation invocation = test::ParseTestLine("v_mac_f32 v3, v1, v2");
+  const RegisterState state(Set{3, 5}, Set{3, 4}, Set{0, 3});
+  EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({&invocation, state}, RegisterUsage{6, 2}),
+            "  2 | :  x^v  | v_mac_f32 v3, v1, v2");
+  EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({nullptr, state}, RegisterUsage{6, 2}), "");
+}
+
+}  // namespace
+}  // namespace vesk
