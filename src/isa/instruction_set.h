@@ -25,10 +25,10 @@ class InstructionSet {
   bool Contains(const char* name) const;
   // Throws std::runtime_error("Instruction not found") when absent.
   const Instruction& Get(const char* name) const;
-
- private:
+  // The record of that name, or null.
   const Instruction* Find(const char* name) const;
 
+ private:
   const Instruction* first_;
   size_t count_;
 };

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include "util/string_helpers.h"
 
@@ -37,87 +38,96 @@ Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
       args(std::move(args_)),
       modifiers(std::move(modifiers_)),
       labels(std::move(labels_)) {
-  if (set.Contains(opcode.c_str())) instruction = &set.Get(opcode.c_str());
+  // An opcode the table does not hold binds to the unknown record.
+  if (const Instruction* record = set.Find(opcode.c_str())) instruction = record;
   if (instruction->IsBranch() || instruction->IsJump()) {
     target = TargetFromOperand(args.empty() ? std::string() : args[0]);
   }
-  usedOperands[VGPR] = GetUsedRegisters(VGPR);
-  usedOperands[SGPR] = GetUsedRegisters(SGPR);
+  ComputeUsedOperands();
 }
 
-std::vector<Register> Invocation::ParseRegister(const std::string& operand) {
-  std::string s = operand;
-  // Peel modifier wrappers such as abs(...) and neg(...), nested ones too.
-  for (size_t open = s.find('('); open != std::string::npos; open = s.find('(')) {
-    const size_t close = s.rfind(')');
-    if (close == std::string::npos || close < open) {
-      s = s.substr(open + 1);
-    } else {
-      s = s.substr(open + 1, close - open - 1);
-    }
-  }
-  if (!s.empty() && s[0] == '-') s.erase(0, 1);
+namespace {
 
-  std::vector<Register> result;
+// Calls `visit(index, type)` for every general-purpose register that one
+// operand text names, in order. The work is done on views of the text: the
+// readers hand over hundreds of thousands of operands.
+template <typename Visit>
+void ForEachRegister(std::string_view s, Visit&& visit) {
+  // Peel modifier wrappers such as abs(...) and neg(...), nested ones too.
+  for (size_t open = s.find('('); open != std::string_view::npos; open = s.find('(')) {
+    const size_t close = s.rfind(')');
+    s = (close == std::string_view::npos || close < open) ? s.substr(open + 1)
+                                                          : s.substr(open + 1, close - open - 1);
+  }
+  if (!s.empty() && s[0] == '-') s.remove_prefix(1);
+
   if (s.size() >= 2 && (s[0] == 'v' || s[0] == 's') && (s[1] == '[' || IsDigit(s[1]))) {
     const RegisterType type = s[0] == 'v' ? VGPR : SGPR;
     if (s[1] != '[') {
-      result.push_back({ParseInt(s.substr(1)), type});
-      return result;
+      visit(ParseIntView(s.substr(1)), type);
+      return;
     }
-    const std::vector<std::string> bounds = Split(s.substr(2, s.size() - 3), ":", KeepEmpty);
-    const int lo = ParseInt(bounds[0]);
-    const int hi = ParseInt(bounds.size() > 1 ? bounds[1] : std::string());
+    // v[4:7]: the text between "[" and the last character, split at ":".
+    const std::string_view range = s.substr(2, s.size() - 3);
+    const size_t colon = range.find(':');
+    const int lo = ParseIntView(range.substr(0, colon));
+    const int hi = ParseIntView(colon == std::string_view::npos ? std::string_view()
+                                                                : range.substr(colon + 1));
     // Register numbers stop at 255; a wider range in malformed text is cut
     // rather than enumerated.
     const int last = std::min(hi, 511);
-    for (int index = lo; index <= last; ++index) result.push_back({index, type});
-    return result;
+    for (int index = lo; index <= last; ++index) visit(index, type);
+    return;
   }
   if (!s.empty() && s[0] == '[') {
-    const std::string inner = s.size() >= 2 ? s.substr(1, s.size() - 2) : std::string();
-    bool haveType = false;
-    RegisterType type = VGPR;
-    for (const std::string& part : Split(inner, ",", KeepEmpty)) {
-      if (!part.empty() && part[0] == 'v') {
-        type = VGPR;
-        haveType = true;
-      } else if (!part.empty() && part[0] == 's') {
-        type = SGPR;
-        haveType = true;
-      }
-      if (part.size() >= 2 && IsDigit(part[1])) {
-        // A list element before any v/s element has no class; it is counted
-        // with neither class.
-        result.push_back(
-            {ParseInt(part.substr(1)), haveType ? type : static_cast<RegisterType>(-1)});
-      }
+    // [v1,s2]: each element keeps the class of the last element that named
+    // one; elements before any class are of neither class.
+    std::string_view inner = s.size() >= 2 ? s.substr(1, s.size() - 2) : std::string_view();
+    RegisterType type = kNoRegisterType;
+    while (true) {
+      const size_t comma = inner.find(',');
+      const std::string_view part = inner.substr(0, comma);
+      if (!part.empty() && part[0] == 'v') type = VGPR;
+      if (!part.empty() && part[0] == 's') type = SGPR;
+      if (part.size() >= 2 && IsDigit(part[1])) visit(ParseIntView(part.substr(1)), type);
+      if (comma == std::string_view::npos) break;
+      inner.remove_prefix(comma + 1);
     }
   }
+}
+
+}  // namespace
+
+std::vector<Register> Invocation::ParseRegister(const std::string& operand) {
+  std::vector<Register> result;
+  ForEachRegister(operand, [&](int index, RegisterType type) { result.push_back({index, type}); });
   return result;
 }
 
-InstructionOperands Invocation::GetUsedRegisters(RegisterType type) const {
-  InstructionOperands operands;
+void Invocation::ComputeUsedOperands() {
   const uint64_t readWritten = instruction->GetReadWritten();
   const uint64_t written = instruction->GetWritten();
   const uint64_t read = instruction->GetRead();
-  for (size_t i = 0; i < args.size(); ++i) {
-    const uint64_t bit = i < 64 ? uint64_t{1} << i : 0;
+  for (size_t i = 0; i < args.size() && i < 64; ++i) {
+    const uint64_t bit = uint64_t{1} << i;
     if (!((readWritten | written | read) & bit)) continue;
-    for (const Register& reg : ParseRegister(args[i])) {
-      if (reg.type != type || reg.index < 0 || reg.index > 255) continue;
+    ForEachRegister(args[i], [&](int index, RegisterType type) {
+      if ((type != VGPR && type != SGPR) || index < 0 || index > 255) return;
+      InstructionOperands& operands = usedOperands[type];
       if (readWritten & bit) {
-        operands.GetRead().Insert(reg.index);
-        operands.GetWritten().Insert(reg.index);
+        operands.GetRead().Insert(index);
+        operands.GetWritten().Insert(index);
       } else if (written & bit) {
-        operands.GetWritten().Insert(reg.index);
+        operands.GetWritten().Insert(index);
       } else {
-        operands.GetRead().Insert(reg.index);
+        operands.GetRead().Insert(index);
       }
-    }
+    });
   }
-  return operands;
+}
+
+InstructionOperands Invocation::GetUsedRegisters(RegisterType type) const {
+  return usedOperands[type];
 }
 
 UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
@@ -125,18 +135,19 @@ UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
   const uint64_t mask = usage == Read ? instruction->GetRead() : instruction->GetWritten();
   for (size_t i = 0; i < 64 && i < args.size(); ++i) {
     if (!((mask >> i) & 1u)) continue;
-    const std::vector<Register> registers = ParseRegister(args[i]);
-    for (const Register& reg : registers) {
-      if (reg.index < 0 || reg.index > 255) continue;
-      if (reg.type == SGPR) {
-        set.GetSGPRSet().Insert(reg.index);
+    bool named = false;
+    ForEachRegister(args[i], [&](int index, RegisterType type) {
+      named = true;
+      if (index < 0 || index > 255) return;
+      if (type == SGPR) {
+        set.GetSGPRSet().Insert(index);
       } else {
-        set.GetVGPRSet().Insert(reg.index);
+        set.GetVGPRSet().Insert(index);
       }
-    }
-    if (registers.empty()) {
-      RegisterID id = 0;
-      if (TryGetSpecialRegisterID(args[i].c_str(), id)) set.GetSGPRSet().Insert(GetSGPRIndex(id));
+    });
+    RegisterID id = 0;
+    if (!named && TryGetSpecialRegisterID(args[i].c_str(), id)) {
+      set.GetSGPRSet().Insert(GetSGPRIndex(id));
     }
   }
   return set;

@@ -37,6 +37,8 @@ class Invocation {
   const std::string& GetJumpTarget() const { return target; }
 
   const InstructionOperands& GetUsedOperands(RegisterType type) const { return usedOperands[type]; }
+  // The registers of one class that the operands read and write, by the
+  // record's role masks; computed once at construction.
   InstructionOperands GetUsedRegisters(RegisterType type) const;
 
   // Both classes, special registers included (vcc, exec, m0, ...).
@@ -52,6 +54,8 @@ class Invocation {
   std::string ToString() const { return ToString(true, false); }
 
  private:
+  void ComputeUsedOperands();
+
   const Instruction* instruction;
   std::vector<std::string> args;
   std::vector<std::string> modifiers;

@@ -15,6 +15,8 @@
 namespace vesk {
 
 enum RegisterType : int { VGPR = 0, SGPR = 1 };
+// The class of a register-list element that follows no v/s element.
+constexpr RegisterType kNoRegisterType = static_cast<RegisterType>(-1);
 
 struct Register {
   int index = 0;

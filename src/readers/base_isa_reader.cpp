@@ -1,6 +1,8 @@
 // The shared reader machinery: token lines, comment and label recognition,
 // and the conversion of token lines into invocations.
+#include <cctype>
 #include <string>
+#include <string_view>
 
 #include "readers/isa_reader.h"
 #include "util/string_helpers.h"
@@ -59,11 +61,55 @@ std::string StripEncodingSuffix(const std::string& word) {
   return word;
 }
 
+std::string_view TrimView(std::string_view text) {
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+// The operand text is split at ", "; the search resumes one character after
+// each match, so every later piece starts with the blank, which trimming
+// removes. A piece with a blank holds an operand followed by modifier words
+// (offen, offset:16); only the last such piece keeps its modifiers.
+void SplitOperands(const std::string& text, std::vector<std::string>& args,
+                   std::vector<std::string>& modifiers) {
+  const std::string_view all(text);
+  size_t position = 0;
+  while (true) {
+    const size_t found = all.find(", ", position);
+    const std::string_view piece = TrimView(
+        all.substr(position, found == std::string_view::npos ? all.npos : found - position));
+    if (!piece.empty()) {
+      const size_t blank = piece.find(' ');
+      if (blank == std::string_view::npos) {
+        args.emplace_back(piece);
+      } else {
+        args.emplace_back(piece.substr(0, blank));
+        modifiers.clear();
+        std::string_view rest = piece.substr(blank + 1);
+        while (true) {
+          const size_t next = rest.find(' ');
+          modifiers.emplace_back(rest.substr(0, next));
+          if (next == std::string_view::npos) break;
+          rest.remove_prefix(next + 1);
+        }
+      }
+    }
+    if (found == std::string_view::npos) break;
+    position = found + 1;
+  }
+}
+
 }  // namespace
 
 std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& instructionSet,
                                                         const std::vector<TokenLine>& lines) {
   std::vector<Invocation> invocations;
+  invocations.reserve(lines.size());
   std::vector<std::string> pendingLabels;
   for (const TokenLine& tokens : lines) {
     if (tokens.empty() || IsComment(tokens)) continue;
@@ -79,22 +125,9 @@ std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& in
     }
 
     const std::string opcode = StripEncodingSuffix(first);
-    const std::string operandText = Trim(Join(" ", tokens.begin() + 1, tokens.end()));
     std::vector<std::string> args;
     std::vector<std::string> modifiers;
-    for (const std::string& rawPiece : Split(operandText, ", ", KeepEmpty)) {
-      const std::string piece = Trim(rawPiece);
-      if (piece.empty()) continue;
-      if (piece.find(' ') == std::string::npos) {
-        args.push_back(piece);
-        continue;
-      }
-      // Words after the first blank of a piece are modifiers (glc, offset:16);
-      // only the last such piece keeps its modifiers.
-      std::vector<std::string> words = Split(piece, " ", KeepEmpty);
-      args.push_back(words[0]);
-      modifiers.assign(words.begin() + 1, words.end());
-    }
+    SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
     invocations.emplace_back(instructionSet, opcode, std::move(args), std::move(modifiers),
                              std::move(pendingLabels));
     pendingLabels.clear();

@@ -2,23 +2,46 @@
 #include "util/string_helpers.h"
 
 #include <cctype>
-#include <cerrno>
+#include <climits>
+#include <cstdint>
 #include <cstring>
+#include <stdexcept>
 
 namespace vesk {
 
-int ParseInt(const std::string& text) {
-  const int savedErrno = errno;
-  const int value = std::stoi(text);
-  errno = savedErrno;
-  return value;
+int ParseIntView(std::string_view text) {
+  size_t i = 0;
+  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
+  const size_t firstDigit = i;
+  int64_t magnitude = 0;
+  for (; i < text.size() && std::isdigit(static_cast<unsigned char>(text[i])); ++i) {
+    // Saturate just past the int range; the digits are still consumed.
+    if (magnitude <= int64_t{INT_MAX} + 1) magnitude = magnitude * 10 + (text[i] - '0');
+  }
+  if (i == firstDigit) throw std::invalid_argument("stoi");
+  const int64_t value = negative ? -magnitude : magnitude;
+  if (value > INT_MAX || value < INT_MIN) throw std::out_of_range("stoi");
+  return static_cast<int>(value);
 }
+
+int ParseInt(const std::string& text) {
+  return ParseIntView(text);
+}
+
+namespace {
+
+// isspace() of the "C" locale, without the library call per character.
+inline bool IsCSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+}  // namespace
 
 std::string Trim(const std::string& text) {
   size_t first = 0;
   size_t last = text.size();
-  while (first < last && std::isspace(static_cast<unsigned char>(text[first]))) ++first;
-  while (last > first && std::isspace(static_cast<unsigned char>(text[last - 1]))) --last;
+  while (first < last && IsCSpace(text[first])) ++first;
+  while (last > first && IsCSpace(text[last - 1])) --last;
   return text.substr(first, last - first);
 }
 
@@ -68,13 +91,16 @@ std::string LeftPad(int value, int width) {
 std::vector<std::string> Split(const std::string& text, const std::string_view& delimiter,
                                SplitOptions options) {
   std::vector<std::string> pieces;
+  const std::string_view all(text);
   size_t position = 0;
   while (true) {
-    const size_t found = text.find(delimiter, position);
-    const size_t end = found == std::string::npos ? text.size() : found;
-    if (end > position || options == KeepEmpty)
-      pieces.push_back(text.substr(position, end - position));
-    if (found == std::string::npos) break;
+    const size_t found = delimiter.size() == 1 ? all.find(delimiter[0], position)
+                                               : all.find(delimiter, position);
+    const size_t end = found == std::string_view::npos ? all.size() : found;
+    if (end > position || options == KeepEmpty) {
+      pieces.emplace_back(all.substr(position, end - position));
+    }
+    if (found == std::string_view::npos) break;
     position = found + 1;
   }
   return pieces;

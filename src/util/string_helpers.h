@@ -16,6 +16,8 @@ enum SplitOptions { KeepEmpty = 0, SkipEmpty = 1 };
 // accepted, trailing text is ignored; throws std::invalid_argument /
 // std::out_of_range ("stoi") when no number can be read.
 int ParseInt(const std::string& text);
+// The same conversion on a view of the text, without copying it.
+int ParseIntView(std::string_view text);
 
 std::string Trim(const std::string& text);
 std::string ToLower(const std::string& text);
