@@ -97,8 +97,7 @@ class InstructionTableTest : public ::testing::TestWithParam<TableShape> {
   }
   std::vector<const Instruction*> Rows() const {
     std::vector<const Instruction*> rows;
-    for (const Instruction& row : *set_)
-      rows.push_back(&row);
+    for (const Instruction& row : *set_) rows.push_back(&row);
     return rows;
   }
   std::unique_ptr<InstructionSet> set_;
@@ -114,8 +113,7 @@ TEST_P(InstructionTableTest, FamilyCounts) {
   for (size_t i = 0; i < kFamilies.size(); ++i) {
     size_t count = 0;
     for (const Instruction* row : Rows())
-      if (row->kind != kKindImmediateBarrier && StartsWith(row->name, kFamilies[i]))
-        ++count;
+      if (row->kind != kKindImmediateBarrier && StartsWith(row->name, kFamilies[i])) ++count;
     EXPECT_EQ(count, GetParam().families[i]) << kFamilies[i];
   }
 }
@@ -123,8 +121,7 @@ TEST_P(InstructionTableTest, FamilyCounts) {
 TEST_P(InstructionTableTest, EncodingSuffixCounts) {
   size_t e64 = 0, sdwa = 0, dpp = 0, e32 = 0;
   for (const Instruction* row : Rows()) {
-    if (!StartsWith(row->name, "v_"))
-      continue;
+    if (!StartsWith(row->name, "v_")) continue;
     e64 += EndsWith(row->name, "_e64");
     sdwa += EndsWith(row->name, "_sdwa");
     dpp += EndsWith(row->name, "_dpp");
@@ -139,8 +136,7 @@ TEST_P(InstructionTableTest, EncodingSuffixCounts) {
 TEST_P(InstructionTableTest, KindCounts) {
   std::map<uint32_t, size_t> kinds;
   for (const Instruction* row : Rows())
-    if (row->kind != kKindOrdinary)
-      ++kinds[row->kind];
+    if (row->kind != kKindOrdinary) ++kinds[row->kind];
   EXPECT_EQ(kinds, GetParam().kinds);
 }
 
@@ -293,10 +289,8 @@ TEST(InstructionTableRows, FixedRowsHoldTheirRoles) {
       std::istringstream generations(expected.generations);
       std::string listed;
       bool holds = false;
-      while (generations >> listed)
-        holds |= listed == generation;
-      if (!holds)
-        continue;
+      while (generations >> listed) holds |= listed == generation;
+      if (!holds) continue;
       SCOPED_TRACE(std::string(generation) + " " + expected.name);
       ASSERT_TRUE(set->Contains(expected.name));
       const Instruction& row = set->Get(expected.name);
