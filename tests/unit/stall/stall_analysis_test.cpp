@@ -1,0 +1,90 @@
+// The fixpoint iteration over basic blocks and the order of its results.
+#include <gtest/gtest.h>
+
+#include "stall/stall_analysis.h"
+#include "stall_test_util.h"
+#include "util/analysis_error.h"
+
+namespace vesk::testing {
+namespace {
+
+class StallAnalysisTest : public ::testing::Test {
+ protected:
+  // Lines "label:" attach a label to the next instruction.
+  std::vector<Invocation> Program(const std::vector<std::string>& lines) {
+    std::vector<Invocation> program;
+    std::vector<std::string> labels;
+    for (const std::string& line : lines) {
+      if (line.back() == ':') {
+        labels.push_back(line.substr(0, line.size() - 1));
+        continue;
+      }
+      auto [opcode, args] = SplitLine(line);
+      EXPECT_TRUE(set_.Contains(opcode.c_str())) << opcode;
+      program.emplace_back(set_, opcode, args, std::vector<std::string>{}, labels);
+      labels.clear();
+    }
+    return program;
+  }
+  static std::vector<int> MaxLengths(const StallCycleAnalysis::Result& result) {
+    std::vector<int> lengths;
+    for (const auto& [invocation, stalls] : result) lengths.push_back(stalls.first.length.Get());
+    return lengths;
+  }
+
+  GFX10InstructionSet set_;
+};
+
+TEST_F(StallAnalysisTest, LoopKeepsTheLargestStallOfAllPasses) {
+  // The wait in the loop header sees the latch's later load only in the
+  // second pass (13 remaining cycles instead of 11 from the preheader).
+  const auto program =
+      Program({"s_load_dword s4, s[2:3], 0x0", "s_mov_b32 s0, 0", "s_nop 0", "s_nop 0",
+               "LOOP:", "s_waitcnt lgkmcnt(0)", "s_add_u32 s0, s0, s4", "s_cmp_lt_u32 s0, 64",
+               "s_load_dword s4, s[2:3], 0x0", "s_cbranch_scc1 label_LOOP", "s_endpgm"});
+  const auto result = StallCycleAnalysis::AnalyzeStallCycles(program, false);
+  EXPECT_EQ(MaxLengths(result), (std::vector<int>{0, 0, 0, 0, 33, 0, 1, 8, 0, 2}));
+  ASSERT_EQ(result.size(), program.size());
+  for (size_t i = 0; i < result.size(); ++i) {
+    EXPECT_EQ(result[i].first, &program[i]);
+    EXPECT_EQ(result[i].second.second.length.Get(), 0);  // smallest: never negative here
+  }
+  EXPECT_EQ(result[4].second.first.reason, kMemoryCounterStall);
+  EXPECT_EQ(result[9].second.first.reason, kIssueDistanceStall);
+}
+
+TEST_F(StallAnalysisTest, SmallestStallKeepsNegativeForwarding) {
+  const auto program = Program({"v_sqrt_f32 v1, v2", "s_nop 0", "s_nop 0", "s_nop 0", "s_nop 0",
+                                "s_nop 0", "s_nop 0", "s_nop 0", "v_sqrt_f32 v3, v1", "s_endpgm"});
+  const auto result = StallCycleAnalysis::AnalyzeStallCycles(program, false);
+  ASSERT_EQ(result.size(), program.size());
+  // Eight cycles after issue two visibility cycles are left: 2 - 3.
+  EXPECT_EQ(result[8].second.first.length.Get(), 0);
+  EXPECT_EQ(result[8].second.second.length.Get(), -1);
+}
+
+TEST_F(StallAnalysisTest, OnlyInstructionsOnAPathToTheEndAreReported) {
+  // The block after s_endpgm has no predecessor.
+  const auto program = Program({"v_mov_b32 v0, v1", "s_endpgm", "v_mov_b32 v2, v3", "s_endpgm"});
+  const auto result = StallCycleAnalysis::AnalyzeStallCycles(program, false);
+  ASSERT_EQ(result.size(), 2u);
+  EXPECT_EQ(result[0].first, &program[0]);
+  EXPECT_EQ(result[1].first, &program[1]);
+}
+
+TEST_F(StallAnalysisTest, Wave64CostsVectorInstructionsACycle) {
+  const auto program =
+      Program({"v_add_f32 v0, v1, v2", "v_mov_b32 v3, v4", "v_mul_f32 v5, v0, v0", "s_endpgm"});
+  EXPECT_EQ(MaxLengths(StallCycleAnalysis::AnalyzeStallCycles(program, false)),
+            (std::vector<int>{0, 0, 3, 0}));
+  EXPECT_EQ(MaxLengths(StallCycleAnalysis::AnalyzeStallCycles(program, true)),
+            (std::vector<int>{0, 0, 2, 0}));
+}
+
+TEST_F(StallAnalysisTest, EndlessLoopHasNoReportableEnd) {
+  const auto program = Program({"A:", "s_branch label_A"});
+  EXPECT_THROW(StallCycleAnalysis::AnalyzeStallCycles(program, false), AnalysisError);
+}
+
+}  // namespace
+}  // namespace vesk::testing
