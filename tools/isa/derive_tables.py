@@ -81,7 +81,7 @@ ROW_ADDS = {
         "v_add_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "assembler alias of v_add_i32 (the GFX8 name), listed for GFX7 by CLRX; base name only"),
         "v_sub_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "assembler alias of v_sub_i32, listed for GFX7 by CLRX; base name only"),
         "v_subrev_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "assembler alias of v_subrev_i32, listed for GFX7 by CLRX; base name only"),
-        "v_mqsad_u8": ("VOP3", "VOP3", "v[0:1], v[2:3], v4, v[6:7]", "SI-era name of v_mqsad_pk_u16_u8, listed for GFX7 by CLRX and Mesa ACO"),
+        "v_add_co_ci_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4, vcc", "the add-with-carry row that the fixed-role rows require in every generation (written 0x3, read 0x1C); base name only"),
     },
     "gfx8": {
         "v_add_i32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "GFX7 name of v_add_u32, accepted for GFX8 by CLRX; base name only"),
@@ -89,12 +89,12 @@ ROW_ADDS = {
         "v_subrev_i32": ("VOP2", "VOP2", "v0, vcc, v2, v4", "GFX7 name of v_subrev_u32, accepted for GFX8 by CLRX; base name only"),
         "v_mov_fed_b32": ("VOP1", "VOP1", "v0, v2", "VOP1 opcode 9 in the GFX8 ISA reference, an llvm-mc opcode hole; listed by CLRX"),
         "v_mqsad_u8": ("VOP3", "VOP3", "v[0:1], v[2:3], v4, v[6:7]", "older name of v_mqsad_pk_u16_u8, listed for GFX8 by CLRX"),
-        "v_qsad_u8": ("VOP3", "VOP3", "v[0:1], v[2:3], v4, v[6:7]", "older name of v_qsad_pk_u16_u8, listed for GFX8 by CLRX"),
+        "v_add_co_ci_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4, vcc", "the add-with-carry row that the fixed-role rows require in every generation (written 0x3, read 0x1C); base name only"),
     },
     "gfx9": {
         "v_mov_fed_b32": ("VOP1", "VOP1", "v0, v2", "VOP1 opcode 9, an llvm-mc opcode hole in GFX9 as in GFX8; listed by CLRX"),
         "v_mqsad_u8": ("VOP3", "VOP3", "v[0:1], v[2:3], v4, v[6:7]", "older name of v_mqsad_pk_u16_u8, listed for GFX9 by CLRX"),
-        "v_qsad_u8": ("VOP3", "VOP3", "v[0:1], v[2:3], v4, v[6:7]", "older name of v_qsad_pk_u16_u8, listed for GFX9 by CLRX"),
+        "v_add_co_ci_u32": ("VOP2", "VOP2", "v0, vcc, v2, v4, vcc", "the add-with-carry row that the fixed-role rows require in every generation (written 0x3, read 0x1C); base name only"),
     },
     "gfx10": {},
 }

@@ -318,7 +318,7 @@ TEST(InstructionTableRows, GenerationMembership) {
       {"s_endpgm_ordered_ps_done", {false, false, true, true}},
       {"s_clause", {false, false, false, true}},
       {"global_load_dword", {false, false, true, true}},
-      {"v_add_co_ci_u32", {false, false, false, true}},
+      {"v_add_co_ci_u32", {true, true, true, true}},
       {"S_NOP", {false, false, false, false}},
   };
   const char* generations[] = {"gfx7", "gfx8", "gfx9", "gfx10"};
