@@ -38,7 +38,7 @@ bool LivenessAnalyzer::InvokeImpl() {
     if (states.size() >= 3) {
       for (size_t i = 1; i + 1 < states.size(); ++i) {
         out << vesk::LeftPad(static_cast<int>(i), 6) << " | "
-            << LivenessAnalysis::FormatRegisterUsage(states[i], usage) << "\n";
+            << LivenessAnalysis::FormatRegisterUsage(states[i], usage) << '\n';
       }
     }
   }

@@ -2,8 +2,8 @@
 // depth-first orders over that graph, and the backward liveness solve.
 #include "cfg/per_instruction_cfg.h"
 
+#include <cstdint>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "util/analysis_error.h"
 
@@ -21,6 +21,63 @@ struct LoweredBlock {
 };
 
 using NodesByBlock = std::unordered_map<const BasicBlock*, LoweredBlock>;
+
+// Member count of a register set, inlined: the liveness solve counts two
+// sets per node and pass, and without a hardware population-count target
+// the library's std::popcount is an out-of-line call per word.
+int CountMembers(const PerInvocationCfgNode::Set& set) {
+  int count = 0;
+  for (uint64_t word : set.Words()) {
+    word = word - ((word >> 1) & 0x5555555555555555ull);
+    word = (word & 0x3333333333333333ull) + ((word >> 2) & 0x3333333333333333ull);
+    word = (word + (word >> 4)) & 0x0F0F0F0F0F0F0F0Full;
+    count += static_cast<int>((word * 0x0101010101010101ull) >> 56);
+  }
+  return count;
+}
+
+// Hash of a node pointer: nodes are heap blocks, so the low bits carry
+// little; mix all bits into the low ones the tables use.
+size_t HashNode(const void* node) {
+  uint64_t x = reinterpret_cast<uintptr_t>(node);
+  x ^= x >> 33;
+  x *= 0xFF51AFD7ED558CCDull;
+  x ^= x >> 33;
+  return static_cast<size_t>(x);
+}
+
+// Set of node pointers with open addressing; the graphs have up to a few
+// hundred thousand nodes, and a node-based set would allocate once per node.
+class VisitedSet {
+ public:
+  VisitedSet() : slots(1024, nullptr), mask(1023) {}
+  // True when `node` was not in the set before.
+  bool Insert(const void* node) {
+    if (2 * (count + 1) > slots.size()) Grow();
+    for (size_t i = HashNode(node) & mask;; i = (i + 1) & mask) {
+      if (slots[i] == node) return false;
+      if (!slots[i]) {
+        slots[i] = node;
+        ++count;
+        return true;
+      }
+    }
+  }
+
+ private:
+  void Grow() {
+    std::vector<const void*> old(slots.size() * 2, nullptr);
+    old.swap(slots);
+    mask = slots.size() - 1;
+    count = 0;
+    for (const void* node : old)
+      if (node) Insert(node);
+  }
+
+  std::vector<const void*> slots;
+  size_t mask;
+  size_t count = 0;
+};
 
 // Creates the chained nodes of one block, appends them to `nodes` and records
 // the block in `nodesByBlock`. False when the block was lowered before.
@@ -92,12 +149,12 @@ PerInvocationCfgNode* GetExitImpl(const PerInvocationCfg::NodeList& nodes) {
   std::vector<PerInvocationCfgNode*> stack;
   stack.reserve(nodes.size());
   for (const auto& node : nodes) stack.push_back(node.get());
-  std::unordered_set<const PerInvocationCfgNode*> seen;
+  VisitedSet seen;
   while (!stack.empty()) {
     PerInvocationCfgNode* node = stack.back();
     stack.pop_back();
     if (node->GetSuccessors().empty()) return node;
-    if (!seen.insert(node).second) continue;
+    if (!seen.Insert(node)) continue;
     for (PerInvocationCfgNode* successor : node->GetSuccessors()) stack.push_back(successor);
   }
   return nullptr;
@@ -108,11 +165,11 @@ std::vector<NodePointer> GatherDepthFirstImpl(NodePointer start, GatherOrder ord
   std::vector<NodePointer> result;
   if (!start) return result;
   std::vector<NodePointer> stack{start};
-  std::unordered_set<NodePointer> visited;
+  VisitedSet visited;
   while (!stack.empty()) {
     NodePointer node = stack.back();
     stack.pop_back();
-    if (!visited.insert(node).second) continue;
+    if (!visited.Insert(node)) continue;
     result.push_back(node);
     const auto& neighbours =
         order == GatherOrder::Forward ? node->GetSuccessors() : node->GetPredecessors();
@@ -150,15 +207,15 @@ const PerInvocationCfgNode::Set& PerInvocationCfgNode::Use() const {
 // Both sets only grow while the solve iterates, so a change shows as a
 // change in the member count.
 bool PerInvocationCfgNode::UpdateOut() {
-  const int before = out.Count();
+  const int before = CountMembers(out);
   for (const PerInvocationCfgNode* successor : successors) out |= successor->in;
-  return out.Count() != before;
+  return CountMembers(out) != before;
 }
 
 bool PerInvocationCfgNode::UpdateIn() {
-  const int before = in.Count();
+  const int before = CountMembers(in);
   in = Use() | (out - Def());
-  return in.Count() != before;
+  return CountMembers(in) != before;
 }
 
 PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
@@ -184,6 +241,32 @@ PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
       changed = changed || outChanged || inChanged;
     }
   }
+}
+
+PerInvocationCfgNodeIndex::PerInvocationCfgNodeIndex(
+    const std::vector<const PerInvocationCfgNode*>& nodes)
+    : size(static_cast<int>(nodes.size())) {
+  size_t capacity = 16;
+  while (capacity < 2 * nodes.size()) capacity *= 2;
+  keys.assign(capacity, nullptr);
+  values.assign(capacity, -1);
+  mask = capacity - 1;
+  for (int position = 0; position < size; ++position) {
+    const PerInvocationCfgNode* node = nodes[position];
+    size_t i = HashNode(node) & mask;
+    while (keys[i] && keys[i] != node) i = (i + 1) & mask;
+    if (!keys[i]) {
+      keys[i] = node;
+      values[i] = position;
+    }
+  }
+}
+
+int PerInvocationCfgNodeIndex::Find(const PerInvocationCfgNode* node) const {
+  for (size_t i = HashNode(node) & mask; keys[i]; i = (i + 1) & mask) {
+    if (keys[i] == node) return values[i];
+  }
+  return -1;
 }
 
 std::vector<PerInvocationCfgNode*> GatherDepthFirst(PerInvocationCfgNode* start,

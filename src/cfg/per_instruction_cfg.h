@@ -87,6 +87,22 @@ class PerInvocationCfg {
   PerInvocationCfgNode* exit = nullptr;
 };
 
+// Dense numbers 0..n-1 for a list of nodes, looked up by node pointer, so
+// that per-node tables can be plain vectors. Open addressing over one array.
+class PerInvocationCfgNodeIndex {
+ public:
+  explicit PerInvocationCfgNodeIndex(const std::vector<const PerInvocationCfgNode*>& nodes);
+  // The node's position in the list given at construction, or -1.
+  int Find(const PerInvocationCfgNode* node) const;
+  int Size() const { return size; }
+
+ private:
+  std::vector<const PerInvocationCfgNode*> keys;
+  std::vector<int> values;
+  size_t mask = 0;
+  int size = 0;
+};
+
 // Depth-first pre-order from `start`, following successors (Forward) or
 // predecessors (Backward); of a node's neighbours the last one listed is
 // explored first.

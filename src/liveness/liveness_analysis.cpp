@@ -3,7 +3,6 @@
 #include "liveness/liveness_analysis.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "cfg/basic_block.h"
 #include "cfg/per_instruction_cfg.h"
@@ -20,46 +19,47 @@ struct Node {
   int blockOrder;
   int nodeOrder;
   const PerInvocationCfgNode* node;
+  size_t position;  // in the depth-first order
 };
 
-// For every collected node, the registers that are live at the program start
-// and not yet written on the way to it. Registers the hardware preloads (or
-// that are read uninitialised) show up as live from the very first line; this
-// single forward pass from the entry strips them until their first write.
-// Each node is settled at its first visit: a predecessor not visited yet (the
-// source of a loop's back edge) adds what it holds at that moment.
-std::unordered_map<const PerInvocationCfgNode*, Set> FindUnwrittenRegisters(
-    const std::vector<const PerInvocationCfgNode*>& collected) {
-  std::unordered_map<const PerInvocationCfgNode*, Set> unwritten;
-  unwritten.reserve(collected.size());
-  std::vector<const PerInvocationCfgNode*> queue;
-  for (const PerInvocationCfgNode* node : collected) {
-    if (node->GetPredecessors().empty()) {
-      unwritten[node] = node->In();
-      queue.push_back(node);
-    } else {
-      unwritten[node] = Set();
+// For every collected node (by its position in `collected`), the registers
+// that are live at the program start and not yet written on the way to it.
+// Registers the hardware preloads (or that are read uninitialised) show up as
+// live from the very first line; this single forward pass from the entry
+// strips them until their first write. Each node is settled at its first
+// visit: a predecessor not visited yet (the source of a loop's back edge)
+// adds what it holds at that moment.
+std::vector<Set> FindUnwrittenRegisters(const std::vector<const PerInvocationCfgNode*>& collected,
+                                        const PerInvocationCfgNodeIndex& index) {
+  std::vector<Set> unwritten(collected.size());
+  std::vector<int> queue;
+  for (size_t i = 0; i < collected.size(); ++i) {
+    if (collected[i]->GetPredecessors().empty()) {
+      unwritten[i] = collected[i]->In();
+      queue.push_back(static_cast<int>(i));
     }
   }
 
-  std::unordered_map<const PerInvocationCfgNode*, bool> visited;
-  visited.reserve(collected.size());
+  std::vector<bool> visited(collected.size(), false);
   for (size_t head = 0; head < queue.size(); ++head) {
-    const PerInvocationCfgNode* node = queue[head];
-    bool& seen = visited[node];
-    if (seen) continue;
-    seen = true;
-    // Successors that cannot reach the end of the program are not part of
-    // the result and cannot feed a node that is; they are left out.
-    auto own = unwritten.find(node);
-    if (own == unwritten.end()) continue;
-    Set merged = own->second;
+    const int position = queue[head];
+    if (visited[position]) continue;
+    visited[position] = true;
+    const PerInvocationCfgNode* node = collected[position];
+    Set merged = unwritten[position];
+    // Predecessors of a collected node are collected too: they reach the
+    // end of the program through it.
     for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
-      merged |= unwritten[predecessor];
+      merged |= unwritten[index.Find(predecessor)];
     }
     merged -= node->Def();
-    own->second = merged;
-    for (const PerInvocationCfgNode* successor : node->GetSuccessors()) queue.push_back(successor);
+    unwritten[position] = merged;
+    // Successors that cannot reach the end of the program are not part of
+    // the result and cannot feed a node that is; they are left out.
+    for (const PerInvocationCfgNode* successor : node->GetSuccessors()) {
+      const int next = index.Find(successor);
+      if (next >= 0) queue.push_back(next);
+    }
   }
   return unwritten;
 }
@@ -76,23 +76,25 @@ RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocati
 
   std::vector<Node> sorted;
   sorted.reserve(collected.size());
-  for (const PerInvocationCfgNode* node : collected) {
-    sorted.push_back({node->GetBasicBlock()->GetOrder(), node->GetOrder(), node});
+  for (size_t i = 0; i < collected.size(); ++i) {
+    const PerInvocationCfgNode* node = collected[i];
+    sorted.push_back({node->GetBasicBlock()->GetOrder(), node->GetOrder(), node, i});
   }
   std::sort(sorted.begin(), sorted.end(), [](const Node& a, const Node& b) {
     if (a.blockOrder != b.blockOrder) return a.blockOrder < b.blockOrder;
     return a.nodeOrder < b.nodeOrder;
   });
 
-  std::unordered_map<const PerInvocationCfgNode*, Set> unwritten;
-  if (options.removeStartLines) unwritten = FindUnwrittenRegisters(collected);
+  std::vector<Set> unwritten;
+  if (options.removeStartLines) {
+    unwritten = FindUnwrittenRegisters(collected, PerInvocationCfgNodeIndex(collected));
+  }
 
   RegisterStates states;
   states.reserve(sorted.size());
   for (const Node& entry : sorted) {
     const PerInvocationCfgNode* node = entry.node;
-    Set hidden;
-    if (auto found = unwritten.find(node); found != unwritten.end()) hidden = found->second;
+    const Set hidden = unwritten.empty() ? Set() : unwritten[entry.position];
     const Set live = (node->In() | node->Out()) - hidden;
     const Set read = node->Use() - hidden;
     // A write is always shown, even of a register hidden as unwritten.
@@ -116,24 +118,27 @@ std::string LivenessAnalysis::FormatRegisterUsage(
   const Invocation* invocation = state.first;
   if (!invocation) return std::string();
   const RegisterState& registers = state.second;
-  std::string columns;
-  columns.reserve(static_cast<size_t>(usage.maxRegisterIndex) + 1);
+  std::string line = LeftPad(registers.Live().Count(), 3);
+  line.reserve(line.size() + static_cast<size_t>(usage.maxRegisterIndex) + 64);
+  line += " | ";
   for (int r = 0; r <= usage.maxRegisterIndex; ++r) {
     const bool read = registers.Read().Contains(r);
     const bool written = registers.Written().Contains(r);
     if (read && written) {
-      columns += 'x';
+      line += 'x';
     } else if (read) {
-      columns += 'v';
+      line += 'v';
     } else if (written) {
-      columns += '^';
+      line += '^';
     } else if (registers.Live().Contains(r)) {
-      columns += ':';
+      line += ':';
     } else {
-      columns += ' ';
+      line += ' ';
     }
   }
-  return LeftPad(registers.Live().Count(), 3) + " | " + columns + " | " + invocation->ToString();
+  line += " | ";
+  line += invocation->ToString();
+  return line;
 }
 
 }  // namespace vesk

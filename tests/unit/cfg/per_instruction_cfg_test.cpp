@@ -193,6 +193,21 @@ TEST(PerInvocationCfgTest, GatherDepthFirstExploresLastNeighbourFirst) {
   EXPECT_EQ(GatherDepthFirst(constExit, GatherOrder::Backward).size(), 5u);
 }
 
+TEST(PerInvocationCfgTest, NodeIndexFindsPositions) {
+  std::vector<std::unique_ptr<PerInvocationCfgNode>> owned;
+  std::vector<const PerInvocationCfgNode*> listed;
+  for (int i = 0; i < 5000; ++i) {
+    owned.push_back(PerInvocationCfgNode::Create(nullptr, nullptr, i, VGPR));
+    if (i % 2 == 0) listed.push_back(owned.back().get());
+  }
+  const PerInvocationCfgNodeIndex index(listed);
+  EXPECT_EQ(index.Size(), 2500);
+  for (int i = 0; i < 5000; ++i) {
+    EXPECT_EQ(index.Find(owned[i].get()), i % 2 == 0 ? i / 2 : -1) << i;
+  }
+  EXPECT_EQ(PerInvocationCfgNodeIndex({}).Find(owned[0].get()), -1);
+}
+
 struct LivenessCase {
   const char* name;
   std::vector<std::string> program;
