@@ -83,8 +83,7 @@ TEST_F(DependencyInfoTest, MemoryUnitsAndOperandMarkers) {
   using U = InstructionUnit;
   auto bits = [](std::initializer_list<U> units) {
     uint16_t b = 0;
-    for (U u : units)
-      b |= static_cast<uint16_t>(u);
+    for (U u : units) b |= static_cast<uint16_t>(u);
     return b;
   };
   const UnitCase cases[] = {
@@ -126,6 +125,47 @@ TEST_F(DependencyInfoTest, MemoryUnitsAndOperandMarkers) {
     EXPECT_EQ(info.IsStore(), c.store) << c.opcode;
   }
   EXPECT_TRUE(infos_[7]->IsVInterp() && infos_[7]->IsLDSDirect());
+}
+
+// Operand markers only count at their operand position with enough operands,
+// and scalar opcodes pick up implicit exec/scc writes from their names.
+TEST_F(DependencyInfoTest, OperandMarkerThresholdsAndNameWrites) {
+  using I = InvocationDependencyInfo;
+  using Query = bool (I::*)() const;
+  const struct {
+    const char* opcode;
+    std::vector<std::string> args;
+    std::vector<Query> set, unset;
+  } cases[] = {
+      // "gds" as operand 1 needs at least three operands; otherwise it is an LDS access.
+      {"ds_write_b32", {"v0", "gds"}, {&I::UsesVMEMLDS}, {&I::UsesGDS}},
+      {"ds_write_b32", {"v0", "gds", "v1"}, {&I::UsesGDS}, {&I::UsesVMEMLDS}},
+      // The same for "lds" on a buffer access.
+      {"buffer_load_dword", {"v0", "lds"}, {&I::UsesVMEMTex}, {&I::UsesVMEMLDS}},
+      {"buffer_load_dword", {"v0", "lds", "s[0:3]"}, {&I::UsesVMEMTex, &I::UsesVMEMLDS}, {}},
+      // The *_wrexec forms write exec on top of scc.
+      {"s_andn2_wrexec_b32", {"s0", "s1"}, {&I::WritesExec, &I::WritesSCC}, {}},
+      {"s_andn2_b32", {"s0", "s1", "s2"}, {&I::WritesSCC}, {&I::WritesExec}},
+      {"s_cbranch_execz", {"BB0_1"}, {&I::ReadsExecZ}, {&I::ReadsExec, &I::ReadsVCCZ}},
+      // A lane read writes a standard SGPR and only reads exec among the
+      // scalar registers; the "reads a standard SGPR" flag still follows the
+      // written SGPRs.
+      {"v_readfirstlane_b32",
+       {"s0", "v1"},
+       {&I::IsReadFirstLane, &I::WritesAnyStandardSGPR, &I::ReadsAnyStandardSGPR},
+       {}},
+  };
+  for (const auto& c : cases) {
+    const InvocationDependencyInfo& info = Info(c.opcode, c.args);
+    const std::string label = std::string(c.opcode) + " " + ::testing::PrintToString(c.args);
+    for (size_t i = 0; i < c.set.size(); ++i)
+      EXPECT_TRUE((info.*c.set[i])()) << label << " set query " << i;
+    for (size_t i = 0; i < c.unset.size(); ++i)
+      EXPECT_FALSE((info.*c.unset[i])()) << label << " unset query " << i;
+  }
+  EXPECT_EQ(infos_[4]->GetImplicitWriteSGPRs(), UnifiedRegisterSet({kExec, kScc}));
+  EXPECT_EQ(infos_[7]->GetExplicitReadSGPRs(), UnifiedRegisterSet());
+  EXPECT_EQ(infos_[7]->GetWrittenSGPRs(), UnifiedRegisterSet({256}));
 }
 
 struct WaitCase {

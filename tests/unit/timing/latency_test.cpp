@@ -34,6 +34,7 @@ TEST_F(LatencyTest, LatenciesByInstruction) {
       {"v_cmp_eq_u64", {"vcc_lo", "v[0:1]", "v[2:3]"}, 2, 15, 0},
       {"v_cmp_lt_f64", {"vcc_lo", "v[0:1]", "v[2:3]"}, 2, 15, 0},
       {"v_add_f64", {"v[0:1]", "v[2:3]", "v[4:5]"}, 16, 15, 6},
+      {"v_cvt_f64_f32", {"v[0:1]", "v2"}, 16, 15, 6},
       {"v_add_f64", {"v[0:1]", "v[2:3]", "v[4:5]", "row_shr:1"}, 3, 15, 0},  // DPP drops F64
       {"v_rcp_f64", {"v[0:1]", "v[2:3]"}, 16, 15, 8},
       {"v_lshlrev_b64", {"v[0:1]", "2", "v[2:3]"}, 2, 15, 4},
@@ -48,6 +49,8 @@ TEST_F(LatencyTest, LatenciesByInstruction) {
       {"flat_load_dword", {"v0", "v[0:1]"}, 15, U, U},
       {"ds_read_b32", {"v0", "v1"}, 15, U, U},
       {"s_sendmsg", {"sendmsg(MSG_INTERRUPT)"}, 15, U, U},
+      // SALU by "_sub_" and SMEM by "_atomic": the memory latency wins.
+      {"s_atomic_sub_x2", {"s[0:1]", "s[2:3]", "0x0"}, 15, U, U},
       {"s_setreg_b32", {"hwreg(HW_REG_MODE)", "s0"}, 1, 15, 16},  // overrides SALU
       {"s_getpc_b64", {"s[0:1]"}, 1, 15, 16},
       {"s_cbranch_scc1", {"BB0_1"}, 0, 0, 0},
