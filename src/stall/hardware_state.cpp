@@ -3,7 +3,6 @@
 #include "stall/hardware_state.h"
 
 #include <algorithm>
-#include <cassert>
 
 #include <fmt/format.h>
 
@@ -25,42 +24,35 @@ const char* OpcodeName(const InvocationDependencyInfo& info) {
 // read through an 8 x 16 grid of (pair mod 8, group of 16); reads in the same
 // row but different columns serialize.
 int GetSGPRBankPenalty(const InvocationDependencyInfo& info) {
-  if (!info.UsesSALU())
-    return 0;
+  if (!info.UsesSALU()) return 0;
   std::array<uint16_t, 8> rows{};
   bool onlyConditionBits = true;
   for (RegisterID reg : info.GetExplicitReadSGPRs()) {
     if (reg != HardwareState::kScc && reg != HardwareState::kVccz && reg != HardwareState::kExecz)
       onlyConditionBits = false;
-    if (!IsStandardSGPR(reg))
-      continue;
+    if (!IsStandardSGPR(reg)) continue;
     const int index = GetSGPRIndex(reg);
     rows[(index / 2) % 8] |= static_cast<uint16_t>(1u << (index / 16));
   }
   int penalty = 0;
-  for (uint16_t row : rows)
-    penalty = std::max(penalty, std::max(std::popcount(row) - 1, 0));
-  if (onlyConditionBits)
-    penalty = std::max(penalty - 2, 0);
+  for (uint16_t row : rows) penalty = std::max(penalty, std::max(std::popcount(row) - 1, 0));
+  if (onlyConditionBits) penalty = std::max(penalty - 2, 0);
   return penalty;
 }
 
 // Cycles lost to VGPR bank conflicts of a VALU instruction: four banks
 // (index mod 4), one read per bank and cycle.
 int GetVGPRBankPenalty(const InvocationDependencyInfo& info) {
-  if (!IsAnyVALU(info))
-    return 0;
+  if (!IsAnyVALU(info)) return 0;
   std::array<int, 4> banks{};
-  for (RegisterID reg : info.GetReadVGPRs())
-    ++banks[GetVGPRIndex(reg) % 4];
+  for (RegisterID reg : info.GetReadVGPRs()) ++banks[GetVGPRIndex(reg) % 4];
   return std::max(*std::max_element(banks.begin(), banks.end()) - 1, 0);
 }
 
 // Operand value of the per-counter wait forms: a decimal number when the
 // text starts with one or two digits; anything else (e.g. hexadecimal) is 0.
 int ReadWaitOperand(const std::vector<std::string>& args, size_t i) {
-  if (i >= args.size())
-    return 0;
+  if (i >= args.size()) return 0;
   const std::string& text = args[i];
   auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
   if (!text.empty() && isDigit(text[0]) && (text.size() == 1 || isDigit(text[1])))
@@ -76,23 +68,19 @@ const std::unordered_map<std::string_view, RegisterID> HardwareState::specialReg
       "ttmp0", "ttmp1",  "ttmp2",  "ttmp3",  "ttmp4",  "ttmp5",  "ttmp6",  "ttmp7", "ttmp8",
       "ttmp9", "ttmp10", "ttmp11", "ttmp12", "ttmp13", "ttmp14", "ttmp15", "exec",  "exec_lo",
       "vcc",   "vcc_lo", "scc",    "sccz",   "m0",     "vccz",   "execz"};
-  for (const char* name : kNames)
-    table.emplace(name, GetSpecialRegisterID(name));
+  for (const char* name : kNames) table.emplace(name, GetSpecialRegisterID(name));
   return table;
 }();
 
 bool HardwareState::TryGetRegisterFromName(const char* name, Register& out) {
-  const auto it = specialRegisters.find(name);
-  if (it == specialRegisters.end())
-    return false;
-  out = Register{GetSGPRIndex(it->second), SGPR};
+  RegisterID id = 0;
+  if (!TryGetSpecialRegisterID(name, id)) return false;
+  out = Register{GetSGPRIndex(id), SGPR};
   return true;
 }
 
 RegisterID HardwareState::GetRegisterID(const char* name) {
-  const auto it = specialRegisters.find(name);
-  assert(it != specialRegisters.end());
-  return it->second;
+  return GetSpecialRegisterID(name);
 }
 
 Register HardwareState::GetRegisterFromName(const char* name) {
@@ -132,11 +120,9 @@ void HardwareState::Refresh(int dir, RegisterID reg) const {
 }
 
 void HardwareState::RefreshPending() const {
-  if (!anyPending_)
-    return;
+  if (!anyPending_) return;
   for (int dir = 0; dir < 2; ++dir) {
-    for (int reg : pending_[dir])
-      Refresh(dir, reg);
+    for (int reg : pending_[dir]) Refresh(dir, reg);
     pending_[dir] = RegisterBits();
   }
   anyPending_ = false;
@@ -173,15 +159,13 @@ ScoreboardUsageCounts HardwareState::GetUsageCountsForRange(const ScoreboardArra
                                                             RegisterID last) const {
   ScoreboardUsageCounts sum;
   for (RegisterID reg = first; reg < last; ++reg)
-    if (!scoreboards[reg].IsEmpty())
-      sum += scoreboards[reg].GetUsageCounts();
+    if (!scoreboards[reg].IsEmpty()) sum += scoreboards[reg].GetUsageCounts();
   return sum;
 }
 
 int HardwareState::VGPRsUsed() const {
   int used = 0;
-  for (RegisterID reg = 0; reg < 256; ++reg)
-    used += write_scoreboards_[reg].Size();
+  for (RegisterID reg = 0; reg < 256; ++reg) used += write_scoreboards_[reg].Size();
   return used;
 }
 
@@ -190,8 +174,7 @@ std::string HardwareState::PrintRegistersInUse() const {
   for (RegisterID reg = 0; reg < kRegisterCount; ++reg) {
     const int writes = write_scoreboards_[reg].Size();
     const int reads = read_scoreboards_[reg].Size();
-    if (writes == 0 && reads == 0)
-      continue;
+    if (writes == 0 && reads == 0) continue;
     text += fmt::format("\n{}{}: {} write(s), {} read(s)", IsVGPR(reg) ? "v" : "s",
                         IsVGPR(reg) ? reg : GetSGPRIndex(reg), writes, reads);
   }
@@ -236,11 +219,9 @@ void HardwareState::UpdateReadScoreboard(RegisterID reg) {
 // its own entries and lowers counters, so the visiting order is free.
 void HardwareState::SimulateCycle() {
   const RegisterBits writes = running_[kWrite];
-  for (int reg : writes)
-    UpdateWriteScoreboard(reg);
+  for (int reg : writes) UpdateWriteScoreboard(reg);
   const RegisterBits reads = running_[kRead];
-  for (int reg : reads)
-    UpdateReadScoreboard(reg);
+  for (int reg : reads) UpdateReadScoreboard(reg);
   DecrementIfGreaterZero(counters_.f32_busy_);
   DecrementIfGreaterZero(counters_.trans32_busy_);
   queues_.Advance(1);
@@ -261,16 +242,14 @@ void HardwareState::AdvanceIdle(int64_t cycles) {
 }
 
 void HardwareState::UpdateCounters(int cycles) {
-  if (cycles < 1)
-    return;
+  if (cycles < 1) return;
   RefreshPending();
   int done = 0;
   while (done < cycles && !(running_[kWrite].IsEmpty() && running_[kRead].IsEmpty())) {
     SimulateCycle();
     ++done;
   }
-  if (done < cycles)
-    AdvanceIdle(cycles - done);
+  if (done < cycles) AdvanceIdle(cycles - done);
 }
 
 StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info) {
@@ -284,33 +263,23 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
     if (info.WritesAnySGPR()) {
       const int n =
           writtenSGPRs.Count() - writtenSGPRs.Contains(kExec) - writtenSGPRs.Contains(kM0);
-      if (n >= 1)
-        c.sa_sdst_ += n;
+      if (n >= 1) c.sa_sdst_ += n;
     }
-    if (info.WritesExec())
-      c.sa_exec_ += 1;
-    if (info.WritesM0())
-      c.sa_m0_ += 1;
+    if (info.WritesExec()) c.sa_exec_ += 1;
+    if (info.WritesM0()) c.sa_m0_ += 1;
   }
-  if (info.UsesVMEM() && info.ReadsAnyVGPR())
-    c.vm_vsrc_ += 1;
+  if (info.UsesVMEM() && info.ReadsAnyVGPR()) c.vm_vsrc_ += 1;
   if (anyVALU) {
     const int n = writtenSGPRs.Count() - writtenSGPRs.Contains(kVcc);
-    if (n != 0)
-      c.va_sdst_ += n;
+    if (n != 0) c.va_sdst_ += n;
     const UnifiedRegisterSet& explicitReads = info.GetExplicitReadSGPRs();
     const int reads = explicitReads.Count();
-    if (explicitReads.Contains(kVcc) ? reads > 1 : reads >= 1)
-      c.va_ssrc_ += 1;
-    if (info.WritesVCC())
-      c.va_vcc_ += 1;
-    if (info.WritesExec())
-      c.va_exec_ += 1;
-    if (info.WritesAnyVGPR())
-      c.va_vdst_ += 1;
+    if (explicitReads.Contains(kVcc) ? reads > 1 : reads >= 1) c.va_ssrc_ += 1;
+    if (info.WritesVCC()) c.va_vcc_ += 1;
+    if (info.WritesExec()) c.va_exec_ += 1;
+    if (info.WritesAnyVGPR()) c.va_vdst_ += 1;
   }
-  if (info.IsLDSDirect())
-    c.lds_dir_ += 1;
+  if (info.IsLDSDirect()) c.lds_dir_ += 1;
 
   // 2., 3. Register bank conflicts delay the results.
   const int penalty = GetSGPRBankPenalty(info) + GetVGPRBankPenalty(info);
@@ -363,8 +332,7 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   // 8. Busy units.
   if (info.UsesVALU()) {
     c.f32_busy_ = info.GetIssueLatency();
-    if (info.UsesTransVALU())
-      c.trans32_busy_ = info.GetIssueLatency();
+    if (info.UsesTransVALU()) c.trans32_busy_ = info.GetIssueLatency();
   } else if (info.UsesTransVALU()) {
     c.trans32_busy_ = info.GetIssueLatency();
   }
@@ -372,10 +340,8 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   // 9. Memory counter queues.
   const MemoryQueueElement element{&info, GetMinimumMemLatency(info)};
   if (info.UsesVMEM() || info.UsesGDS()) {
-    if (info.IsStore())
-      queues_.PushBack(kVsCntQueue, element);
-    if (info.IsLoad())
-      queues_.PushBack(kVmCntQueue, element);
+    if (info.IsStore()) queues_.PushBack(kVsCntQueue, element);
+    if (info.IsLoad()) queues_.PushBack(kVmCntQueue, element);
   }
   if ((info.UsesVMEMLDS() && !info.IsLDSDirect()) || info.UsesGDS() || info.UsesSMEM() ||
       info.UsesMsg())
@@ -388,34 +354,26 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
     vmem_kind_ = kTextureOrFlat;
 
   // 11. Program-counter reads.
-  if (info.IsPCReadEtc())
-    pc_read_latency_ = info.GetTotalExecuteLatency();
+  if (info.IsPCReadEtc()) pc_read_latency_ = info.GetTotalExecuteLatency();
 
   // 12., 13. Memory counter waits.
-  if (!info.IsWaitCnt())
-    return StallLength(StallLength::kIndefinite);
+  if (!info.IsWaitCnt()) return StallLength(StallLength::kIndefinite);
   return WaitOnMemoryCounter(info);
 }
 
 StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& info) {
-  if (info.IsWaitCntDepCtr())
-    return StallLength(StallLength::kIndefinite);
+  if (info.IsWaitCntDepCtr()) return StallLength(StallLength::kIndefinite);
   const std::string_view name = OpcodeName(info);
   const std::vector<std::string>& args = info.GetInvocation().GetArgs();
   const std::string_view first = args.empty() ? std::string_view() : std::string_view(args[0]);
 
   int queue = -1;
-  if (first.starts_with("vm") || name == "s_waitcnt_vmcnt")
-    queue = kVmCntQueue;
-  if (first.starts_with("vs") || name == "s_waitcnt_vscnt")
-    queue = kVsCntQueue;
-  if (first.starts_with("lgkm") || name == "s_waitcnt_lgkmcnt")
-    queue = kLgkmCntQueue;
-  if (first.starts_with("expcnt"))
-    queue = kExpCntQueue;
+  if (first.starts_with("vm") || name == "s_waitcnt_vmcnt") queue = kVmCntQueue;
+  if (first.starts_with("vs") || name == "s_waitcnt_vscnt") queue = kVsCntQueue;
+  if (first.starts_with("lgkm") || name == "s_waitcnt_lgkmcnt") queue = kLgkmCntQueue;
+  if (first.starts_with("expcnt")) queue = kExpCntQueue;
   // A wait that names no queue waits for nothing.
-  if (queue < 0)
-    return StallLength(0);
+  if (queue < 0) return StallLength(0);
 
   const int64_t count = name == "s_waitcnt" ? ExtractNewCountFromWaitArgument(first)
                                             : static_cast<int64_t>(ReadWaitOperand(args, 0)) +
@@ -440,12 +398,10 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
     allLoads = allLoads && element.info->IsLoad();
   }
   for (const MemoryQueueElement& element : popped)
-    for (int q : {kVmCntQueue, kVsCntQueue, kLgkmCntQueue})
-      queues_.Remove(q, element);
+    for (int q : {kVmCntQueue, kVsCntQueue, kLgkmCntQueue}) queues_.Remove(q, element);
   UpdateCounters(waitTime);
 
-  if (toPop != 0 && allScalarMemory)
-    return StallLength(waitTime);
+  if (toPop != 0 && allScalarMemory) return StallLength(waitTime);
   if (info.GetWaitType() == WaitType::VmCnt && vmem_kind_ == kTextureOrFlat && allLoads)
     return StallLength(60);
   return StallLength(StallLength::kIndefinite);
@@ -463,8 +419,7 @@ StallDescription HardwareState::Step(const InvocationDependencyInfo& info, int d
     result.length += stall.length;
   }
   // In wave64 mode the two halves of a vector operation issue one cycle apart.
-  if (extraCycle && (info.UsesVALU() || info.UsesVMEM()))
-    UpdateCounters(1);
+  if (extraCycle && (info.UsesVALU() || info.UsesVMEM())) UpdateCounters(1);
   const StallLength issued = IssueInstruction(info);
   if (!issued.IsIndefinite()) {
     result.length = issued + distance;
@@ -511,28 +466,22 @@ bool HardwareState::UpdateInput(const HardwareState& other) {
 bool HardwareState::operator==(const HardwareState& other) const {
   RefreshPending();
   other.RefreshPending();
-  if (counters_ != other.counters_ || pc_read_latency_ != other.pc_read_latency_)
-    return false;
+  if (counters_ != other.counters_ || pc_read_latency_ != other.pc_read_latency_) return false;
   for (int dir = 0; dir < 2; ++dir) {
-    if (live_[dir] != other.live_[dir])
-      return false;
+    if (live_[dir] != other.live_[dir]) return false;
     for (int reg : live_[dir])
-      if (Board(dir, reg) != other.Board(dir, reg))
-        return false;
+      if (Board(dir, reg) != other.Board(dir, reg)) return false;
   }
   for (int q = 0; q < kMemoryQueueCount; ++q)
-    if (!queues_.QueueEquals(q, other.queues_))
-      return false;
+    if (!queues_.QueueEquals(q, other.queues_)) return false;
   return true;
 }
 
 void HardwareState::ClearScoreboards() {
   for (int dir = 0; dir < 2; ++dir) {
-    for (int reg : touched_[dir])
-      Board(dir, reg) = Scoreboard();
+    for (int reg : touched_[dir]) Board(dir, reg) = Scoreboard();
     // Hand-edited scoreboards not refreshed yet are cleared too.
-    for (int reg : pending_[dir])
-      Board(dir, reg) = Scoreboard();
+    for (int reg : pending_[dir]) Board(dir, reg) = Scoreboard();
     live_[dir] = running_[dir] = executing_[dir] = touched_[dir] = pending_[dir] = RegisterBits();
   }
   anyPending_ = false;
@@ -543,8 +492,7 @@ void HardwareState::Pack(PackedHardwareState& out) const {
   out.counters = counters_;
   out.vmemKind = vmem_kind_;
   out.pcReadLatency = pc_read_latency_;
-  for (int q = 0; q < kMemoryQueueCount; ++q)
-    out.queues[q] = queues_.Elements(q);
+  for (int q = 0; q < kMemoryQueueCount; ++q) out.queues[q] = queues_.Elements(q);
   out.boards.clear();
   out.slots.clear();
   for (int dir = 0; dir < 2; ++dir) {
@@ -559,13 +507,11 @@ void HardwareState::Pack(PackedHardwareState& out) const {
           break;
         }
       }
-      if (stored == 0)
-        continue;
+      if (stored == 0) continue;
       out.boards.push_back({static_cast<uint16_t>(dir * kRegisterCount + reg),
                             static_cast<uint16_t>(stored), board.Size(),
                             static_cast<uint32_t>(out.slots.size())});
-      for (int i = 0; i < stored; ++i)
-        out.slots.push_back(board[i]);
+      for (int i = 0; i < stored; ++i) out.slots.push_back(board[i]);
     }
   }
 }
@@ -577,14 +523,12 @@ void HardwareState::Unpack(const PackedHardwareState& packed) {
   pc_read_latency_ = packed.pcReadLatency;
   queues_.Clear();
   for (int q = 0; q < kMemoryQueueCount; ++q)
-    for (const MemoryQueueElement& element : packed.queues[q])
-      queues_.PushBack(q, element);
+    for (const MemoryQueueElement& element : packed.queues[q]) queues_.PushBack(q, element);
   for (const PackedHardwareState::Board& stored : packed.boards) {
     const int dir = stored.id / kRegisterCount;
     const RegisterID reg = stored.id % kRegisterCount;
     Scoreboard& board = Board(dir, reg);
-    for (int i = 0; i < stored.slots; ++i)
-      board.GetSlot(i) = packed.slots[stored.first + i];
+    for (int i = 0; i < stored.slots; ++i) board.GetSlot(i) = packed.slots[stored.first + i];
     board.SetRing(0, stored.count);
     Refresh(dir, reg);
   }
@@ -598,8 +542,7 @@ bool PackedHardwareState::operator==(const PackedHardwareState& other) const {
   size_t a = 0;
   size_t b = 0;
   auto skipIdle = [](const std::vector<Board>& boards, size_t& i) {
-    while (i < boards.size() && boards[i].count == 0)
-      ++i;
+    while (i < boards.size() && boards[i].count == 0) ++i;
   };
   while (true) {
     skipIdle(boards, a);
@@ -608,8 +551,7 @@ bool PackedHardwareState::operator==(const PackedHardwareState& other) const {
       return a == boards.size() && b == other.boards.size();
     const Board& x = boards[a];
     const Board& y = other.boards[b];
-    if (x.id != y.id || x.count != y.count)
-      return false;
+    if (x.id != y.id || x.count != y.count) return false;
     for (int i = 0; i < x.count; ++i)
       if (slots[x.first + i % Scoreboard::kCapacity] !=
           other.slots[y.first + i % Scoreboard::kCapacity])

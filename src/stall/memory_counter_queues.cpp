@@ -6,16 +6,14 @@
 namespace vesk {
 
 void MemoryCounterQueues::Clear() {
-  for (auto& q : queues_)
-    q.clear();
+  for (auto& q : queues_) q.clear();
   now_ = 0;
 }
 
 std::vector<MemoryQueueElement> MemoryCounterQueues::Elements(int queue) const {
   std::vector<Element> result;
   result.reserve(queues_[queue].size());
-  for (const Slot& slot : queues_[queue])
-    result.push_back(ToElement(slot));
+  for (const Slot& slot : queues_[queue]) result.push_back(ToElement(slot));
   return result;
 }
 
@@ -34,8 +32,7 @@ void MemoryCounterQueues::Remove(int queue, const Element& element) {
 
 bool MemoryCounterQueues::SetMaxForMemOp(int queue, const Element& element) {
   for (Slot& slot : queues_[queue]) {
-    if (slot.info != element.info)
-      continue;
+    if (slot.info != element.info) continue;
     const Element mine = ToElement(slot);
     slot.readyCycle = now_ + std::max(mine.remaining, element.remaining);
     return true;
@@ -46,11 +43,9 @@ bool MemoryCounterQueues::SetMaxForMemOp(int queue, const Element& element) {
 bool MemoryCounterQueues::QueueEquals(int queue, const MemoryCounterQueues& other) const {
   const auto& a = queues_[queue];
   const auto& b = other.queues_[queue];
-  if (a.size() != b.size())
-    return false;
+  if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i)
-    if (ToElement(a[i]) != other.ToElement(b[i]))
-      return false;
+    if (ToElement(a[i]) != other.ToElement(b[i])) return false;
   return true;
 }
 

@@ -40,25 +40,21 @@ void Scoreboard::PopFront() {
 }
 
 void Scoreboard::Reset() {
-  for (int i = 0; i < count_; ++i)
-    (*this)[i] = RegisterPipelineUsage{};
+  for (int i = 0; i < count_; ++i) (*this)[i] = RegisterPipelineUsage{};
   count_ = 0;
 }
 
 bool Scoreboard::Find(const RegisterPipelineUsage& entry) const {
   for (int i = 0; i < count_; ++i)
-    if ((*this)[i] == entry)
-      return true;
+    if ((*this)[i] == entry) return true;
   return false;
 }
 
 const RegisterPipelineUsage& Scoreboard::GetMax() const {
-  if (count_ < 2)
-    return entries_[head_];
+  if (count_ < 2) return entries_[head_];
   int best = 0;
   for (int i = 1; i < count_; ++i)
-    if ((*this)[i].executeLength > (*this)[best].executeLength)
-      best = i;
+    if ((*this)[i].executeLength > (*this)[best].executeLength) best = i;
   return (*this)[best];
 }
 
@@ -91,19 +87,16 @@ ScoreboardUsageCounts Scoreboard::GetUsageCounts() const {
 }
 
 bool Scoreboard::operator==(const Scoreboard& other) const {
-  if (count_ != other.count_)
-    return false;
+  if (count_ != other.count_) return false;
   for (int i = 0; i < count_; ++i)
-    if ((*this)[i] != other[i])
-      return false;
+    if ((*this)[i] != other[i]) return false;
   return true;
 }
 
 bool Scoreboard::TryDecrementCounter(StallLength& length) {
   const StallLength old = length;
   --length;
-  if (length < 0)
-    length = StallLength(0);
+  if (length < 0) length = StallLength(0);
   return !old.IsZero() && length.IsZero();
 }
 
@@ -117,23 +110,20 @@ bool Scoreboard::Advance(OnEntry onEntry) {
     RegisterPipelineUsage& e = (*this)[i];
     const StallLength before = e.executeLength;
     const bool finished = TryDecrementCounter(e.executeLength);
-    if constexpr (kVisibility)
-      TryDecrementCounter(e.visibilityLength);
+    if constexpr (kVisibility) TryDecrementCounter(e.visibilityLength);
     onEntry(e, finished, before);
     if (finished) {
       e.usage = HardwareUsage();
       anyFinished = true;
     }
   }
-  if (anyFinished)
-    Compress();
+  if (anyFinished) Compress();
   return anyFinished;
 }
 
 bool Scoreboard::UpdateSGPRWrites(int& valuCounter, int& saluCounter) {
   return Advance<true>([&](const RegisterPipelineUsage& e, bool finished, StallLength) {
-    if (!finished)
-      return;
+    if (!finished) return;
     DecrementForCondition(valuCounter, UsesAnyVALU(e.usage));
     DecrementForCondition(saluCounter, e.usage.UseSALU());
   });
@@ -141,8 +131,7 @@ bool Scoreboard::UpdateSGPRWrites(int& valuCounter, int& saluCounter) {
 
 bool Scoreboard::UpdateExec(int& valuCounterA, int& valuCounterB, int& saluCounter) {
   return Advance<true>([&](const RegisterPipelineUsage& e, bool finished, StallLength) {
-    if (!finished)
-      return;
+    if (!finished) return;
     DecrementForCondition(valuCounterB, UsesAnyVALU(e.usage));
     DecrementForCondition(valuCounterA, UsesAnyVALU(e.usage));
     DecrementForCondition(saluCounter, e.usage.UseSALU());
@@ -151,15 +140,13 @@ bool Scoreboard::UpdateExec(int& valuCounterA, int& valuCounterB, int& saluCount
 
 bool Scoreboard::UpdateM0(int& saluCounter) {
   return Advance<true>([&](const RegisterPipelineUsage& e, bool finished, StallLength) {
-    if (finished)
-      DecrementForCondition(saluCounter, e.usage.UseSALU());
+    if (finished) DecrementForCondition(saluCounter, e.usage.UseSALU());
   });
 }
 
 bool Scoreboard::UpdateOtherHWRegWrites(RegisterID reg, int& valuCounter, int& saluCounter) {
   return Advance<true>([&](const RegisterPipelineUsage& e, bool finished, StallLength) {
-    if (!finished)
-      return;
+    if (!finished) return;
     // vcc writes by the VALU are tracked by their own counter.
     DecrementForCondition(valuCounter, reg != kVcc && UsesAnyVALU(e.usage));
     DecrementForCondition(saluCounter, e.usage.UseSALU());
@@ -168,8 +155,7 @@ bool Scoreboard::UpdateOtherHWRegWrites(RegisterID reg, int& valuCounter, int& s
 
 bool Scoreboard::UpdateVGPRReads(int& vmemCounter) {
   return Advance<false>([&](const RegisterPipelineUsage& e, bool finished, StallLength) {
-    if (finished)
-      DecrementForCondition(vmemCounter, e.usage.UseVMEM() && e.isFirstRegister);
+    if (finished) DecrementForCondition(vmemCounter, e.usage.UseVMEM() && e.isFirstRegister);
   });
 }
 
@@ -183,8 +169,7 @@ bool Scoreboard::UpdateSGPRReads(RegisterID reg, int& valuReadCounter) {
 
 bool Scoreboard::UpdateVGPRWrites(int& valuCounter, int& ldsDirectCounter) {
   return Advance<true>([&](const RegisterPipelineUsage& e, bool finished, StallLength before) {
-    if (finished)
-      DecrementForCondition(valuCounter, UsesAnyVALU(e.usage) && e.isFirstRegister);
+    if (finished) DecrementForCondition(valuCounter, UsesAnyVALU(e.usage) && e.isFirstRegister);
     // An LDS-direct write leaves the LDS-direct counter once fewer than 16
     // cycles remain. A finished entry loses its usage, so it never counts.
     const bool ldsDirect = !finished && e.usage.IsLDS_DIRECT();
@@ -194,8 +179,7 @@ bool Scoreboard::UpdateVGPRWrites(int& valuCounter, int& ldsDirectCounter) {
 }
 
 bool Scoreboard::Merge(const Scoreboard& other) {
-  if (other.IsEmpty())
-    return false;
+  if (other.IsEmpty()) return false;
   if (IsEmpty()) {
     *this = other;
     return true;
@@ -211,21 +195,16 @@ bool Scoreboard::Merge(const Scoreboard& other) {
 }
 
 void Scoreboard::Compress() {
-  if (count_ < 1)
-    return;
+  if (count_ < 1) return;
   while (entries_[head_].executeLength.IsZero()) {
     PopFront();
-    if (count_ < 1)
-      return;
+    if (count_ < 1) return;
   }
-  if (count_ < 2)
-    return;
+  if (count_ < 2) return;
   for (int i = 1; i < count_; ++i) {
-    if (!(*this)[i].executeLength.IsZero())
-      continue;
+    if (!(*this)[i].executeLength.IsZero()) continue;
     int j = i + 1;
-    while (j < count_ && (*this)[j].executeLength.IsZero())
-      ++j;
+    while (j < count_ && (*this)[j].executeLength.IsZero()) ++j;
     if (j >= count_) {
       // The finished entries beyond stay in their slots, outside the ring.
       count_ = i;
@@ -259,8 +238,7 @@ bool Scoreboard::HasRunningEntry() const {
 bool Scoreboard::HasRunningExecution() const {
   for (int i = 0; i < count_; ++i) {
     const StallLength& l = (*this)[i].executeLength;
-    if (!l.IsZero() && !l.IsIndefinite())
-      return true;
+    if (!l.IsZero() && !l.IsIndefinite()) return true;
   }
   return false;
 }

@@ -31,8 +31,7 @@ BasicBlockState::BasicBlockState(const BasicBlock& block_, StallWorkspace& works
     : block(&block_), workspace_(&workspace) {
   const auto& invocations = block_.GetInvocations();
   infos_.reserve(invocations.size());
-  for (const Invocation* invocation : invocations)
-    infos_.emplace_back(*invocation);
+  for (const Invocation* invocation : invocations) infos_.emplace_back(*invocation);
   stalls_.resize(invocations.size());
 }
 
@@ -41,8 +40,7 @@ void BasicBlockState::UpdateInputState(const BasicBlockState& predecessor) {
   HardwareState& incoming = workspace_->incoming;
   merged.Unpack(input_state_);
   incoming.Unpack(predecessor.output_state_);
-  if (merged.UpdateInput(incoming))
-    input_changed_ = true;
+  if (merged.UpdateInput(incoming)) input_changed_ = true;
   // The merge rebuilds the counters even when it reports no change.
   merged.Pack(input_state_);
 }
@@ -56,8 +54,7 @@ void BasicBlockState::SetupFixpointIterationStep() {
 bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
                                                bool isBranchTarget) {
   processed_this_iteration_ = true;
-  if (!input_changed_before_ && !input_changed_)
-    return false;
+  if (!input_changed_before_ && !input_changed_) return false;
   HardwareState& state = workspace_->working;
   state.Unpack(input_state_);
   for (size_t i = 0; i < infos_.size(); ++i) {
@@ -65,15 +62,12 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
     if (i == 0)
       distance = isBranchTarget ? kBranchTargetDistance : (isStartBlock ? 0 : kFallThroughDistance);
     const StallDescription stall = state.Step(infos_[i], distance, isWave64);
-    if (stall.length > stalls_[i].first.length)
-      stalls_[i].first = stall;
-    if (stall.length < stalls_[i].second.length)
-      stalls_[i].second = stall;
+    if (stall.length > stalls_[i].first.length) stalls_[i].first = stall;
+    if (stall.length < stalls_[i].second.length) stalls_[i].second = stall;
   }
   PackedHardwareState& exit = workspace_->packed;
   state.Pack(exit);
-  if (exit == output_state_)
-    return false;
+  if (exit == output_state_) return false;
   std::swap(output_state_, exit);
   return true;
 }
@@ -81,23 +75,19 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
 void RunFixpointIteration(const BasicBlockStateMap& states,
                           const std::unordered_set<std::string>& usedLabels, bool isWave64,
                           std::vector<BasicBlockState>& allStates, BasicBlockState* startState) {
-  if (startState == nullptr)
-    Abort("Error: Could not find start basic block. Aborting.");
+  if (startState == nullptr) Abort("Error: Could not find start basic block. Aborting.");
   // Merges only add in-flight operations and raise busy counts, so the
   // passes end.
   bool changed = true;
   while (changed) {
-    for (BasicBlockState& state : allStates)
-      state.SetupFixpointIterationStep();
+    for (BasicBlockState& state : allStates) state.SetupFixpointIterationStep();
     std::deque<BasicBlockState*> work{startState};
     changed = false;
     while (!work.empty()) {
       BasicBlockState* state = work.front();
       work.pop_front();
-      if (state == nullptr)
-        Abort("Error: Could not determine state of basic block. Aborting.");
-      if (state->GetProcessedThisIteration())
-        continue;
+      if (state == nullptr) Abort("Error: Could not determine state of basic block. Aborting.");
+      if (state->GetProcessedThisIteration()) continue;
       const BasicBlock* block = state->GetBasicBlock();
       const bool isBranchTarget = usedLabels.count(block->GetLabel()) != 0;
       const bool isStart = state == startState;
@@ -107,8 +97,7 @@ void RunFixpointIteration(const BasicBlockStateMap& states,
         for (const BasicBlock* successor : successors)
           states.at(successor)->UpdateInputState(*state);
       }
-      for (const BasicBlock* successor : successors)
-        work.push_back(states.at(successor));
+      for (const BasicBlock* successor : successors) work.push_back(states.at(successor));
     }
   }
 }
@@ -130,8 +119,7 @@ StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
   BasicBlockState* start = nullptr;
   for (const auto& block : blocks) {
     if (block->IsEntry()) {
-      if (!block->GetSuccessors().empty())
-        start = stateOf.at(block->GetSuccessors().front());
+      if (!block->GetSuccessors().empty()) start = stateOf.at(block->GetSuccessors().front());
       break;
     }
   }
@@ -149,10 +137,8 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
   const BasicBlock* entry = nullptr;
   const BasicBlock* exit = nullptr;
   for (const auto& block : blocks) {
-    if (entry == nullptr && block->IsEntry())
-      entry = block.get();
-    if (block->IsExit())
-      exit = block.get();
+    if (entry == nullptr && block->IsEntry()) entry = block.get();
+    if (block->IsExit()) exit = block.get();
   }
   std::unordered_set<const BasicBlock*> reached;
   if (entry != nullptr) {
@@ -162,8 +148,7 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
       const BasicBlock* block = stack.back();
       stack.pop_back();
       for (const BasicBlock* successor : block->GetSuccessors())
-        if (reached.insert(successor).second)
-          stack.push_back(successor);
+        if (reached.insert(successor).second) stack.push_back(successor);
     }
   }
   if (exit == nullptr || reached.count(exit) == 0)
@@ -180,12 +165,10 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
 
   Result result;
   for (const auto& block : blocks) {
-    if (leadsToExit.count(block.get()) == 0)
-      continue;
+    if (leadsToExit.count(block.get()) == 0) continue;
     const auto& stalls = states.at(block.get())->GetStalls();
     const auto& invocations = block->GetInvocations();
-    for (size_t i = 0; i < invocations.size(); ++i)
-      result.emplace_back(invocations[i], stalls[i]);
+    for (size_t i = 0; i < invocations.size(); ++i) result.emplace_back(invocations[i], stalls[i]);
   }
   return result;
 }

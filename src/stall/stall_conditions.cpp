@@ -22,28 +22,27 @@ bool UsesTextureOrFlat(const InvocationDependencyInfo& info) {
   return info.UsesVMEMTex() || info.UsesFlat();
 }
 
-using Condition = bool (HardwareState::*)(const InvocationDependencyInfo&) const;
-
+// Each row's condition is the Get...Condition of the same position
+// (BlockingConditions).
 struct DependencyRow {
   CounterField counter;
   uint8_t reason;
-  Condition condition;
 };
 
 // Scanned in this order; the first blocking row names the stall.
 constexpr DependencyRow kDependencyRows[] = {
-    {&HardwareCounters::sa_sdst_, kSaSdstStall, &HardwareState::GetSaSdstCondition},
-    {&HardwareCounters::sa_exec_, kSaExecStall, &HardwareState::GetSaExecCondition},
-    {&HardwareCounters::sa_m0_, kSaM0Stall, &HardwareState::GetSaM0Condition},
-    {&HardwareCounters::vm_vsrc_, kVmVsrcStall, &HardwareState::GetVmVsrcCondition},
-    {&HardwareCounters::va_sdst_, kVaSdstStall, &HardwareState::GetVaSdstCondition},
-    {&HardwareCounters::va_ssrc_, kVaSsrcStall, &HardwareState::GetVaSsrcCondition},
-    {&HardwareCounters::va_vcc_, kVaVccStall, &HardwareState::GetVaVccCondition},
-    {&HardwareCounters::va_exec_, kVaExecStall, &HardwareState::GetVaExecCondition},
-    {&HardwareCounters::va_vdst_, kVaVdstStall, &HardwareState::GetVaVdstCondition},
-    {&HardwareCounters::lds_dir_, kLdsDirStall, &HardwareState::GetLDSDirCondition},
-    {&HardwareCounters::f32_busy_, kF32BusyStall, &HardwareState::GetF32BusyCondition},
-    {&HardwareCounters::trans32_busy_, kTrans32BusyStall, &HardwareState::GetTrans32BusyCondition},
+    {&HardwareCounters::sa_sdst_, kSaSdstStall},
+    {&HardwareCounters::sa_exec_, kSaExecStall},
+    {&HardwareCounters::sa_m0_, kSaM0Stall},
+    {&HardwareCounters::vm_vsrc_, kVmVsrcStall},
+    {&HardwareCounters::va_sdst_, kVaSdstStall},
+    {&HardwareCounters::va_ssrc_, kVaSsrcStall},
+    {&HardwareCounters::va_vcc_, kVaVccStall},
+    {&HardwareCounters::va_exec_, kVaExecStall},
+    {&HardwareCounters::va_vdst_, kVaVdstStall},
+    {&HardwareCounters::lds_dir_, kLdsDirStall},
+    {&HardwareCounters::f32_busy_, kF32BusyStall},
+    {&HardwareCounters::trans32_busy_, kTrans32BusyStall},
 };
 constexpr int kDependencyRowCount = sizeof(kDependencyRows) / sizeof(kDependencyRows[0]);
 static_assert(kDependencyRowCount == 12);
@@ -67,8 +66,7 @@ constexpr DepCtrField kDepCtrFields[] = {
 bool DepCtrFieldPasses(const HardwareCounters& counters, const DepCtrField& field,
                        unsigned mask16) {
   const unsigned value = (mask16 >> field.shift) & field.mask;
-  if (value == field.mask)
-    return true;
+  if (value == field.mask) return true;
   return counters.*field.counter <= static_cast<int32_t>(value);
 }
 
@@ -141,25 +139,19 @@ bool HardwareState::GetTrans32BusyCondition(const InvocationDependencyInfo& i) c
 }
 
 bool HardwareState::GetShortenedVaVdstCondition(const InvocationDependencyInfo& i) const {
-  if (!i.UsesVMEM())
-    return false;
+  if (!i.UsesVMEM()) return false;
   const HardwareCounters& c = counters_;
-  if (UsesTextureOrFlat(i) && (c.va_exec_ != 0 || c.va_sdst_ != 0 || c.va_vcc_ != 0))
-    return false;
-  if (i.UsesVMEMLDS() && c.va_exec_ != 0)
-    return false;
+  if (UsesTextureOrFlat(i) && (c.va_exec_ != 0 || c.va_sdst_ != 0 || c.va_vcc_ != 0)) return false;
+  if (i.UsesVMEMLDS() && c.va_exec_ != 0) return false;
   int pending = c.va_vdst_;
-  if (i.UsesVMEMLDS())
-    pending += c.va_vcc_ + c.va_sdst_;
+  if (i.UsesVMEMLDS()) pending += c.va_vcc_ + c.va_sdst_;
   RefreshPending();
   // Only a live oldest entry can have exactly one cycle left.
   int finishing = 0;
   for (int reg : live_[kWrite]) {
-    if (!IsVGPR(reg) && (!i.UsesVMEMLDS() || reg == kExec))
-      continue;
+    if (!IsVGPR(reg) && (!i.UsesVMEMLDS() || reg == kExec)) continue;
     const RegisterPipelineUsage& first = write_scoreboards_[reg].GetFirst();
-    if (first.usage.UseVALU() && first.executeLength == 1 && first.isFirstRegister)
-      ++finishing;
+    if (first.usage.UseVALU() && first.executeLength == 1 && first.isFirstRegister) ++finishing;
   }
   return pending == finishing;
 }
@@ -170,12 +162,10 @@ int HardwareState::ExtractNewCountFromWaitArgument(std::string_view argument) {
   if (open != std::string_view::npos) {
     text = argument.substr(open + 1);
     const size_t close = text.find(')');
-    if (close != std::string_view::npos)
-      text = text.substr(0, close);
+    if (close != std::string_view::npos) text = text.substr(0, close);
   } else {
     const size_t close = argument.find(')');
-    if (close != std::string_view::npos)
-      text = argument.substr(0, close);
+    if (close != std::string_view::npos) text = argument.substr(0, close);
   }
   return std::stoi(std::string(text));
 }
@@ -209,8 +199,7 @@ void HardwareState::ReevaluateCounters() {
   const ScoreboardUsageCounts vgprReads = GetUsageCountsForRange(r, 0, 256);
   ScoreboardUsageCounts sgprReads;
   for (RegisterID reg = 256; reg < kRegisterCount; ++reg)
-    if (reg != kVcc && reg != kVccz)
-      sgprReads += GetUsageCountsForRange(r, reg, reg + 1);
+    if (reg != kVcc && reg != kVccz) sgprReads += GetUsageCountsForRange(r, reg, reg + 1);
 
   auto valuOrTrans = [](const ScoreboardUsageCounts& u) { return u.valuEntries + u.transEntries; };
   auto valuInstructions = [](const ScoreboardUsageCounts& u) {
@@ -232,10 +221,15 @@ void HardwareState::ReevaluateCounters() {
 }
 
 uint32_t HardwareState::BlockingConditions(const InvocationDependencyInfo& info) const {
+  // In the order of kDependencyRows.
+  const bool rows[kDependencyRowCount] = {
+      GetSaSdstCondition(info), GetSaExecCondition(info),  GetSaM0Condition(info),
+      GetVmVsrcCondition(info), GetVaSdstCondition(info),  GetVaSsrcCondition(info),
+      GetVaVccCondition(info),  GetVaExecCondition(info),  GetVaVdstCondition(info),
+      GetLDSDirCondition(info), GetF32BusyCondition(info), GetTrans32BusyCondition(info)};
   uint32_t mask = 0;
   for (int row = 0; row < kDependencyRowCount; ++row)
-    if ((this->*kDependencyRows[row].condition)(info))
-      mask |= 1u << row;
+    if (rows[row]) mask |= 1u << row;
   return mask;
 }
 
@@ -270,8 +264,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
       result.reason = kPCReadStall;
       if (IsQuiescent()) {
         for (int row = 0; row < 10; ++row)
-          if (c.*kDependencyRows[row].counter >= 1)
-            c.*kDependencyRows[row].counter = 0;
+          if (c.*kDependencyRows[row].counter >= 1) c.*kDependencyRows[row].counter = 0;
         break;
       }
       UpdateCounters(1);
@@ -286,8 +279,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
           ExtractMaskFromHexValue(args.empty() ? std::string() : args[0]) & 0xFFFFu);
       auto allPass = [&] {
         for (const DepCtrField& field : kDepCtrFields)
-          if (!DepCtrFieldPasses(c, field, mask16))
-            return false;
+          if (!DepCtrFieldPasses(c, field, mask16)) return false;
         return true;
       };
       while (!allPass()) {
@@ -318,12 +310,10 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
         break;
       }
     }
-    if (blocking < 0)
-      break;
+    if (blocking < 0) break;
     result.reason = kDependencyRows[blocking].reason;
     // Vector memory may issue when every pending VALU result lands next cycle.
-    if (c.va_vdst_ != 0 && GetShortenedVaVdstCondition(info))
-      break;
+    if (c.va_vdst_ != 0 && GetShortenedVaVdstCondition(info)) break;
     if (IsQuiescent()) {
       for (int row = 0; row < kDependencyRowCount; ++row)
         if ((conditions >> row & 1u) && c.*kDependencyRows[row].counter > 0)
@@ -339,8 +329,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
   if (info.UsesSALU() || IsAnyVALU(info)) {
     for (RegisterID reg : info.GetReadSGPRs()) {
       const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
-      if (!writer.usage.UseSALU())
-        continue;
+      if (!writer.usage.UseSALU()) continue;
       const StallLength remaining = writer.visibilityLength;
       if (!remaining.IsZero() && !writer.writesLaneMask) {
         result.length += remaining;
@@ -350,8 +339,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
     }
   }
 
-  if (!IsAnyVALU(info))
-    return result;
+  if (!IsAnyVALU(info)) return result;
 
   // VGPR sources must be visible. The transcendental unit forwards its own
   // results three cycles early.
@@ -359,15 +347,11 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
   for (RegisterID reg : info.GetReadVGPRs()) {
     const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
     StallLength remaining = writer.visibilityLength;
-    if (transOnly && writer.usage.UseTransVALU())
-      remaining -= 3;
-    if (remaining.IsZero())
-      continue;
-    if (remaining.IsIndefinite())
-      AbortUnresolvedStall(writer);
+    if (transOnly && writer.usage.UseTransVALU()) remaining -= 3;
+    if (remaining.IsZero()) continue;
+    if (remaining.IsIndefinite()) AbortUnresolvedStall(writer);
     result.length += remaining;
-    if (remaining > 0)
-      UpdateCounters(remaining);
+    if (remaining > 0) UpdateCounters(remaining);
     result.reason = kVGPRSourceStall;
   }
   return result;
