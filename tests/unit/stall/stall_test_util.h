@@ -70,8 +70,8 @@ inline RegisterPipelineUsage Entry(int execute, int visibility = 0,
   e.visibilityLength = StallLength(visibility);
   e.isFirstRegister = isFirst;
   // Any non-null marker tells entries apart from cleared slots.
-  e.info =
-      reinterpret_cast<const InvocationDependencyInfo*>(static_cast<uintptr_t>(0x1000 + execute));
+  e.info = reinterpret_cast<const InvocationDependencyInfo*>(uintptr_t{0x1000} +
+                                                             static_cast<uint32_t>(execute));
   return e;
 }
 
