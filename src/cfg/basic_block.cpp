@@ -66,7 +66,8 @@ BasicBlockList CreateBasicBlocksFromInvocations(const std::vector<Invocation>& i
     startNewBlock = invocation.IsBranch() || invocation.IsJump() || invocation.IsEnd();
     current.push_back(&invocation);
   }
-  if (!current.empty()) closeBlock();
+  // An empty program still gets its empty "entry" block.
+  if (!current.empty() || blocks.empty()) closeBlock();
 
   blocks.push_back(BasicBlock::CreateBasicBlock("exit", {}, static_cast<int>(blocks.size())));
   BasicBlock* exitBlock = blocks.back().get();

@@ -31,6 +31,7 @@ struct SplitCase {
 };
 
 const SplitCase kSplitCases[] = {
+    {"empty program", {}, {"entry[0]->exit", "exit[0]->"}},
     {"straight line",
      {"v_mov_b32 v0, v1", "s_endpgm"},
      {"entry[0]->basic_block_1", "basic_block_1[2]->exit", "exit[0]->"}},
