@@ -152,7 +152,7 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
     }
   }
   if (exit == nullptr || reached.count(exit) == 0)
-    throw AnalysisError("The end of the program cannot be reached from its entry.");
+    throw AnalysisError("The end of the program is unreachable from its entry (endless loop).");
   std::unordered_set<const BasicBlock*> leadsToExit{exit};
   std::vector<const BasicBlock*> stack{exit};
   while (!stack.empty()) {
