@@ -108,11 +108,14 @@ void Invocation::ComputeUsedOperands() {
   const uint64_t readWritten = instruction->GetReadWritten();
   const uint64_t written = instruction->GetWritten();
   const uint64_t read = instruction->GetRead();
-  for (size_t i = 0; i < args.size() && i < 64; ++i) {
-    const uint64_t bit = uint64_t{1} << i;
-    if (!((readWritten | written | read) & bit)) continue;
+  // Every operand is parsed, also one without a role (an unknown opcode's, a
+  // constant slot's): a malformed register number such as v99999999999 or
+  // s[4:x] fails the read wherever it stands.
+  for (size_t i = 0; i < args.size(); ++i) {
+    const uint64_t bit = i < 64 ? uint64_t{1} << i : 0;
+    const bool hasRole = ((readWritten | written | read) & bit) != 0;
     ForEachRegister(args[i], [&](int index, RegisterType type) {
-      if ((type != VGPR && type != SGPR) || index < 0 || index > 255) return;
+      if (!hasRole || (type != VGPR && type != SGPR) || index < 0 || index > 255) return;
       InstructionOperands& operands = usedOperands[type];
       if (readWritten & bit) {
         operands.GetRead().Insert(index);
