@@ -228,3 +228,33 @@ TEST_F(HardwareStateTest, PackingKeepsEverythingObservable) {
 
 }  // namespace
 }  // namespace vesk::testing
+
+namespace vesk::testing {
+namespace {
+
+TEST(SpecialRegisterNamesTest, LookUpOnlySpecialNames) {
+  struct Case {
+    const char* name;
+    bool found;
+    int sgprIndex;
+  };
+  const Case cases[] = {{"vcc", true, 129},     {"vcc_lo", true, 129}, {"exec", true, 128},
+                        {"exec_lo", true, 128}, {"m0", true, 132},     {"execz", true, 134},
+                        {"ttmp15", true, 127},  {"exec_hi", false, 0}, {"s5", false, 0},
+                        {"v5", false, 0},       {"EXEC", false, 0}};
+  for (const Case& c : cases) {
+    Register r{-7, VGPR};
+    EXPECT_EQ(HardwareState::TryGetRegisterFromName(c.name, r), c.found) << c.name;
+    if (c.found) {
+      EXPECT_EQ(r, (Register{c.sgprIndex, SGPR})) << c.name;
+      EXPECT_EQ(HardwareState::GetRegisterID(c.name), 256 + c.sgprIndex);
+      EXPECT_EQ(HardwareState::GetRegisterFromName(c.name), r);
+    } else {
+      EXPECT_EQ(r, (Register{-7, VGPR})) << c.name;  // left unchanged
+    }
+  }
+  EXPECT_EQ(HardwareState::specialRegisters.size(), 25u);
+}
+
+}  // namespace
+}  // namespace vesk::testing
