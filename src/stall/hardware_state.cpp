@@ -136,15 +136,7 @@ int HardwareState::GetMinimumMemLatency(const InvocationDependencyInfo& info) {
 
 bool HardwareState::MergeQueues(MemoryCounterQueues& queues, int queue,
                                 const MemoryCounterQueues& other) {
-  bool pushed = false;
-  for (size_t i = other.Size(queue); i-- > 0;) {
-    const MemoryQueueElement element = other.At(queue, i);
-    if (!queues.SetMaxForMemOp(queue, element)) {
-      queues.PushFront(queue, element);
-      pushed = true;
-    }
-  }
-  return pushed;
+  return queues.MergeFrom(queue, other);
 }
 
 bool HardwareState::AnyCounterActive() const {
@@ -397,8 +389,7 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
     allScalarMemory = allScalarMemory && element.info->UsesSMEM();
     allLoads = allLoads && element.info->IsLoad();
   }
-  for (const MemoryQueueElement& element : popped)
-    for (int q : {kVmCntQueue, kVsCntQueue, kLgkmCntQueue}) queues_.Remove(q, element);
+  for (int q : {kVmCntQueue, kVsCntQueue, kLgkmCntQueue}) queues_.RemoveAll(q, popped);
   UpdateCounters(waitTime);
 
   if (toPop != 0 && allScalarMemory) return StallLength(waitTime);

@@ -2,6 +2,8 @@
 #include "stall/memory_counter_queues.h"
 
 #include <algorithm>
+#include <functional>
+#include <unordered_map>
 
 namespace vesk {
 
@@ -23,11 +25,54 @@ MemoryQueueElement MemoryCounterQueues::PopFront(int queue) {
   return front;
 }
 
-void MemoryCounterQueues::Remove(int queue, const Element& element) {
+void MemoryCounterQueues::RemoveAll(int queue, const std::vector<Element>& elements) {
+  if (elements.empty()) return;
+  auto order = [](const Element& a, const Element& b) {
+    return a.info != b.info ? std::less<>()(a.info, b.info) : a.remaining < b.remaining;
+  };
+  std::vector<Element> sorted = elements;
+  std::sort(sorted.begin(), sorted.end(), order);
   auto& q = queues_[queue];
   q.erase(std::remove_if(q.begin(), q.end(),
-                         [&](const Slot& slot) { return ToElement(slot) == element; }),
+                         [&](const Slot& slot) {
+                           return std::binary_search(sorted.begin(), sorted.end(), ToElement(slot),
+                                                     order);
+                         }),
           q.end());
+}
+
+bool MemoryCounterQueues::MergeFrom(int queue, const MemoryCounterQueues& other) {
+  auto& q = queues_[queue];
+  const auto& theirs = other.queues_[queue];
+  bool pushed = false;
+  // Short queues: search directly.
+  if (q.size() * theirs.size() <= 256) {
+    for (size_t i = theirs.size(); i-- > 0;) {
+      const Element element = other.ToElement(theirs[i]);
+      if (!SetMaxForMemOp(queue, element)) {
+        PushFront(queue, element);
+        pushed = true;
+      }
+    }
+    return pushed;
+  }
+  // Long queues: index the first element of every instruction. Pushing at
+  // the front of a deque keeps references to the other elements valid.
+  std::unordered_map<const InvocationDependencyInfo*, Slot*> first;
+  for (auto it = q.rbegin(); it != q.rend(); ++it) first[it->info] = &*it;
+  for (size_t i = theirs.size(); i-- > 0;) {
+    const Element element = other.ToElement(theirs[i]);
+    const auto found = first.find(element.info);
+    if (found != first.end()) {
+      Slot& slot = *found->second;
+      slot.readyCycle = now_ + std::max(ToElement(slot).remaining, element.remaining);
+    } else {
+      PushFront(queue, element);
+      first[element.info] = &q.front();
+      pushed = true;
+    }
+  }
+  return pushed;
 }
 
 bool MemoryCounterQueues::SetMaxForMemOp(int queue, const Element& element) {

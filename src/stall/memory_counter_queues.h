@@ -54,11 +54,18 @@ class MemoryCounterQueues {
     queues_[queue].push_front({element.info, now_ + element.remaining});
   }
   Element PopFront(int queue);
-  // Removes every element equal to `element` (instruction and remaining).
-  void Remove(int queue, const Element& element);
+  // Removes every element equal (instruction and remaining) to one of
+  // `elements`.
+  void RemoveAll(int queue, const std::vector<Element>& elements);
   // Raises the remaining cycles of the first element of the same instruction
   // to the greater of the two; false when the instruction is not queued.
   bool SetMaxForMemOp(int queue, const Element& element);
+
+  // Merge at a control-flow join: walking `other`'s queue from back to
+  // front, an instruction already queued here gets the greater remaining
+  // count, any other element is pushed at the front. True when something was
+  // pushed.
+  bool MergeFrom(int queue, const MemoryCounterQueues& other);
 
   bool QueueEquals(int queue, const MemoryCounterQueues& other) const;
 

@@ -34,8 +34,7 @@ struct ScoreboardUsageCounts {
 
 // Subtracts 1 from `counter` when `condition` holds (no floor at zero).
 inline void DecrementForCondition(int& counter, bool condition) {
-  if (condition)
-    --counter;
+  if (condition) --counter;
 }
 
 class Scoreboard {
