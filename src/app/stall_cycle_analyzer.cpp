@@ -14,8 +14,7 @@ namespace {
 void PrintStallLine(std::ostream& out, size_t line, const std::string& cyclesText,
                     const std::string& instructionText, const std::string& marker) {
   out << fmt::format("{:>6} | ", line);
-  if (!marker.empty())
-    out << fmt::format("{:>3} | ", marker);
+  if (!marker.empty()) out << fmt::format("{:>3} | ", marker);
   out << fmt::format("{:>10} | {}", cyclesText, instructionText) << std::endl;
 }
 
@@ -34,8 +33,7 @@ bool StallCycleAnalyzer::InvokeImpl() {
   const auto result = vesk::StallCycleAnalysis::AnalyzeStallCycles(invocations, wave64);
 
   out << "  Line";
-  if (showGaps)
-    out << " |    ";
+  if (showGaps) out << " |    ";
   out << " | Max Cycles"
       << " | Instruction" << '\n'
       << std::string(80, '-') << '\n';
@@ -51,8 +49,7 @@ bool StallCycleAnalyzer::InvokeImpl() {
     } else if (length.IsZero()) {
       PrintStallLine(out, line, cycles, text, " ");
     } else if (!length.IsIndefinite() && length >= 1 && length <= 5) {
-      for (int i = 0; i < length.Get(); ++i)
-        PrintStallLine(out, line, cycles, text, "OOO");
+      for (int i = 0; i < length.Get(); ++i) PrintStallLine(out, line, cycles, text, "OOO");
     } else if (length.IsIndefinite() || length >= 6) {
       PrintStallLine(out, line, cycles, text, "OOO");
       PrintStallLine(out, line, cycles, text, "...");
