@@ -15,12 +15,14 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
+# (name, subcommand words, generator). The stall simulation needs a listing that waits for
+# every load before reading its result; the others take the general one.
 ANALYSES = [
-    ("opcode-histogram", ["opcode-histogram"]),
-    ("analyse-liveness", ["analyse-liveness"]),
-    ("dump-bb-cfg", ["dump-bb-cfg"]),
-    ("dump-pi-cfg", ["dump-pi-cfg"]),
-    ("stall-cycles", ["stall-cycles"]),
+    ("opcode-histogram", ["opcode-histogram"], "gen_listing.py"),
+    ("analyse-liveness", ["analyse-liveness"], "gen_listing.py"),
+    ("dump-bb-cfg", ["dump-bb-cfg"], "gen_listing.py"),
+    ("dump-pi-cfg", ["dump-pi-cfg"], "gen_listing.py"),
+    ("stall-cycles", ["stall-cycles"], "gen_stall_listing.py"),
 ]
 
 
@@ -48,16 +50,24 @@ def main() -> int:
     args = parser.parse_args()
 
     os.makedirs(args.workdir, exist_ok=True)
-    listing = os.path.join(args.workdir, f"bench-{args.instructions}-{args.blocks}.isa")
-    subprocess.run([sys.executable, os.path.join(HERE, "gen_listing.py"),
-                    "--instructions", str(args.instructions), "--blocks", str(args.blocks),
-                    "--seed", "1", "-o", listing], check=True)
-    print(f"listing: {listing} ({args.instructions} instructions, ~{args.blocks} blocks), "
+    listings = {}
+
+    def listing_for(generator):
+        if generator not in listings:
+            path = os.path.join(args.workdir, f"{generator[:-3]}-{args.instructions}-{args.blocks}.isa")
+            subprocess.run([sys.executable, os.path.join(HERE, generator),
+                            "--instructions", str(args.instructions), "--blocks", str(args.blocks),
+                            "--seed", "1", "-o", path], check=True)
+            listings[generator] = path
+        return listings[generator]
+
+    print(f"generated listings: {args.instructions} instructions, ~{args.blocks} blocks, "
           f"{args.runs} runs each")
     print(f"{'analysis':<18} {'median s':>9} {'min s':>8} {'max s':>8} {'peak MiB':>9}")
-    for name, words in ANALYSES:
+    for name, words, generator in ANALYSES:
         if args.only and name not in args.only:
             continue
+        listing = listing_for(generator)
         command = [args.program, "--isa", "gfx10", *words, listing, "-"]
         runs = [run_once(command) for _ in range(args.runs)]
         times = [t for t, _ in runs]

@@ -81,9 +81,17 @@ bool VeskApp::CreateInputStream() {
     std::cerr << "The specified input file does not exist." << std::endl;
     return false;
   }
-  inputStream << file.rdbuf();
-  // An empty file leaves the failbit set on the copy; the text is still empty.
-  inputStream.clear();
+  // Read the whole file at once into the stream's own buffer.
+  std::string text;
+  file.seekg(0, std::ios::end);
+  const std::streamoff size = file.tellg();
+  file.seekg(0, std::ios::beg);
+  if (size > 0) {
+    text.resize(static_cast<size_t>(size));
+    file.read(text.data(), size);
+    text.resize(static_cast<size_t>(file.gcount()));
+  }
+  inputStream.str(std::move(text));
   return true;
 }
 

@@ -9,9 +9,42 @@
 
 namespace vesk {
 
-TokenLine BaseIsaReader::Tokenize(const std::string& line) {
-  const size_t comment = line.find("//");
-  return Split(Trim(comment == std::string::npos ? line : line.substr(0, comment)), " ", SkipEmpty);
+namespace {
+
+std::string_view TrimView(std::string_view text) {
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+}  // namespace
+
+TokenLine BaseIsaReader::Tokenize(std::string_view line) {
+  // Equivalent to splitting the trimmed text before "//" at single blanks and
+  // dropping empty words, without the intermediate copies: every line of a
+  // listing goes through here.
+  std::string_view text = line;
+  if (const size_t comment = text.find("//"); comment != std::string_view::npos) {
+    text = text.substr(0, comment);
+  }
+  text = TrimView(text);
+  TokenLine words;
+  size_t position = 0;
+  while (position < text.size()) {
+    if (text[position] == ' ') {
+      ++position;
+      continue;
+    }
+    size_t end = text.find(' ', position);
+    if (end == std::string_view::npos) end = text.size();
+    words.emplace_back(text.substr(position, end - position));
+    position = end;
+  }
+  return words;
 }
 
 std::vector<TokenLine> BaseIsaReader::GetLines(std::stringstream& input) {
@@ -24,7 +57,8 @@ std::vector<TokenLine> BaseIsaReader::GetLines(std::stringstream& input) {
 }
 
 bool BaseIsaReader::IsComment(const TokenLine& tokens) {
-  return ContainsAny(tokens.front(), {";", "//"});
+  const std::string& word = tokens.front();
+  return word.find(';') != std::string::npos || word.find("//") != std::string::npos;
 }
 
 bool BaseIsaReader::IsLLCLabel(const TokenLine& tokens) {
@@ -56,19 +90,17 @@ bool ReadLabel(const TokenLine& tokens, std::string& label) {
 // The encoding suffix is dropped when the word contains it anywhere; the cut
 // is always at the end of the word.
 std::string StripEncodingSuffix(const std::string& word) {
-  if (ContainsAny(word, {"_e64", "_e32", "_dpp"})) return word.substr(0, word.size() - 4);
-  if (ContainsAny(word, {"_sdwa"})) return word.substr(0, word.size() - 5);
+  bool shortSuffix = false;  // "_e64", "_e32" or "_dpp" anywhere
+  bool sdwa = false;         // "_sdwa" anywhere
+  const std::string_view view(word);
+  for (size_t p = view.find('_'); p != std::string_view::npos; p = view.find('_', p + 1)) {
+    const std::string_view rest = view.substr(p);
+    shortSuffix |= rest.starts_with("_e64") || rest.starts_with("_e32") || rest.starts_with("_dpp");
+    sdwa |= rest.starts_with("_sdwa");
+  }
+  if (shortSuffix) return word.substr(0, word.size() - 4);
+  if (sdwa) return word.substr(0, word.size() - 5);
   return word;
-}
-
-std::string_view TrimView(std::string_view text) {
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) {
-    text.remove_suffix(1);
-  }
-  return text;
 }
 
 // The operand text is split at ", "; the search resumes one character after
@@ -106,33 +138,34 @@ void SplitOperands(const std::string& text, std::vector<std::string>& args,
 
 }  // namespace
 
+void InstructionLineReader::Read(const TokenLine& tokens) {
+  if (tokens.empty() || BaseIsaReader::IsComment(tokens)) return;
+  const std::string& first = tokens[0];
+  if (first.find('(') != std::string::npos || first.find('@') != std::string::npos ||
+      first == "shader") {
+    return;
+  }
+  std::string label;
+  if (ReadLabel(tokens, label)) {
+    pendingLabels_.push_back(std::move(label));
+    return;
+  }
+
+  const std::string opcode = StripEncodingSuffix(first);
+  std::vector<std::string> args;
+  std::vector<std::string> modifiers;
+  SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
+  invocations_.emplace_back(instructionSet_, opcode, std::move(args), std::move(modifiers),
+                            std::move(pendingLabels_));
+  pendingLabels_.clear();
+}
+
 std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& instructionSet,
                                                         const std::vector<TokenLine>& lines) {
-  std::vector<Invocation> invocations;
-  invocations.reserve(lines.size());
-  std::vector<std::string> pendingLabels;
-  for (const TokenLine& tokens : lines) {
-    if (tokens.empty() || IsComment(tokens)) continue;
-    const std::string& first = tokens[0];
-    if (first.find('(') != std::string::npos || first.find('@') != std::string::npos ||
-        first == "shader") {
-      continue;
-    }
-    std::string label;
-    if (ReadLabel(tokens, label)) {
-      pendingLabels.push_back(std::move(label));
-      continue;
-    }
-
-    const std::string opcode = StripEncodingSuffix(first);
-    std::vector<std::string> args;
-    std::vector<std::string> modifiers;
-    SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
-    invocations.emplace_back(instructionSet, opcode, std::move(args), std::move(modifiers),
-                             std::move(pendingLabels));
-    pendingLabels.clear();
-  }
-  return invocations;
+  InstructionLineReader reader(instructionSet);
+  reader.Reserve(lines.size());
+  for (const TokenLine& tokens : lines) reader.Read(tokens);
+  return reader.TakeInvocations();
 }
 
 }  // namespace vesk

@@ -1,7 +1,10 @@
 // Framing of the four listing layouts: which lines of the text hold the
 // program. Each reader hands its selected lines to ReadInstructions.
+#include <algorithm>
+#include <cctype>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -24,13 +27,20 @@ bool HasWord(const TokenLine& tokens, const char* word) {
 // that directly follow it, so a dump of several shaders yields the first.
 std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
                                             const InstructionSet& instructionSet) {
-  std::vector<TokenLine> kept;
-  std::string line;
+  // Lines are turned into invocations as they are read, so a long listing
+  // is never held as token lines.
+  InstructionLineReader instructions(instructionSet);
+  const std::string_view text = input.view();
+  instructions.Reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
   long lineIndex = 0;
   long endIndex = -1;
-  // Unlike GetLines, an unterminated last line is kept: only a failed read stops.
-  for (; std::getline(input, line); ++lineIndex) {
-    TokenLine tokens = Tokenize(line);
+  // Lines are read in place. Unlike GetLines, an unterminated last line is
+  // kept: only the end of the text stops the reading.
+  for (size_t start = 0; start < text.size(); ++lineIndex) {
+    size_t end = text.find('\n', start);
+    if (end == std::string_view::npos) end = text.size();
+    TokenLine tokens = Tokenize(text.substr(start, end - start));
+    start = end + 1;
     if (HasWord(tokens, "s_endpgm")) endIndex = lineIndex;
     if (tokens.size() == 1 && tokens[0] == "s_code_end") break;
     if (endIndex >= 0 && endIndex == lineIndex - 1) {
@@ -44,19 +54,26 @@ std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
         break;
       }
     }
-    kept.push_back(std::move(tokens));
+    instructions.Read(tokens);
   }
-  return ReadInstructions(instructionSet, kept);
+  return instructions.TakeInvocations();
 }
 
 bool ShaderAnalyzerIsaReader::CanParse(std::stringstream& input) {
+  // A line whose text, after leading white space, starts with "shader". The
+  // text is scanned in place; the stream is rewound either way so that the
+  // chosen reader sees the whole listing.
+  const std::string_view text = input.view();
   bool found = false;
-  std::string line;
-  while (std::getline(input, line)) {
-    if (StartsWith(Trim(line), "shader")) {
-      found = true;
-      break;
+  for (size_t start = 0; start < text.size() && !found;) {
+    size_t end = text.find('\n', start);
+    if (end == std::string_view::npos) end = text.size();
+    std::string_view line = text.substr(start, end - start);
+    while (!line.empty() && std::isspace(static_cast<unsigned char>(line.front()))) {
+      line.remove_prefix(1);
     }
+    found = line.starts_with("shader");
+    start = end + 1;
   }
   input.clear();
   input.seekg(0);
@@ -159,7 +176,7 @@ std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
 
 std::vector<Invocation> AutoIsaReader::Parse(std::stringstream& input,
                                              const InstructionSet& instructionSet) {
-  const std::string text = input.str();
+  const std::string_view text = input.view();
   std::unique_ptr<IsaReader> reader;
   if (text.starts_with("AMD Kernel Code for")) {
     reader = std::make_unique<HSAILIsaReader>();

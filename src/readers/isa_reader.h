@@ -5,6 +5,7 @@
 
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "isa/instruction_set.h"
@@ -27,11 +28,29 @@ class BaseIsaReader : public IsaReader {
   // at blanks. An unterminated last line is dropped.
   static std::vector<TokenLine> GetLines(std::stringstream& input);
   // Splits one line the way GetLines does.
-  static TokenLine Tokenize(const std::string& line);
+  static TokenLine Tokenize(std::string_view line);
   static bool IsComment(const TokenLine& tokens);
   static bool IsLLCLabel(const TokenLine& tokens);
   static std::vector<Invocation> ReadInstructions(const InstructionSet& instructionSet,
                                                   const std::vector<TokenLine>& lines);
+};
+
+// Turns token lines, one at a time, into invocations: skips comments and
+// directives, collects label lines, and attaches the pending labels to the
+// next instruction. Labels still pending at the end are dropped.
+class InstructionLineReader {
+ public:
+  explicit InstructionLineReader(const InstructionSet& instructionSet)
+      : instructionSet_(instructionSet) {}
+  void Read(const TokenLine& tokens);
+  // Room for this many invocations, so a long listing is not moved while it grows.
+  void Reserve(size_t count) { invocations_.reserve(count); }
+  std::vector<Invocation> TakeInvocations() { return std::move(invocations_); }
+
+ private:
+  const InstructionSet& instructionSet_;
+  std::vector<Invocation> invocations_;
+  std::vector<std::string> pendingLabels_;
 };
 
 class RawIsaReader : public BaseIsaReader {

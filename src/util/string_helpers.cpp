@@ -33,7 +33,9 @@ int ParseInt(const std::string& text) {
 namespace {
 
 // isspace() of the "C" locale, without the library call per character.
-inline bool IsCSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+inline bool IsCSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 }  // namespace
 
@@ -59,7 +61,9 @@ bool ContainsAny(const std::string_view& text, std::initializer_list<const char*
   for (const char* needle : needles) {
     const size_t length = std::strlen(needle);
     if (length > text.size()) continue;
-    if (text.find(std::string_view(needle, length)) != std::string_view::npos) return true;
+    const size_t found =
+        length == 1 ? text.find(needle[0]) : text.find(std::string_view(needle, length));
+    if (found != std::string_view::npos) return true;
   }
   return false;
 }
@@ -94,8 +98,8 @@ std::vector<std::string> Split(const std::string& text, const std::string_view& 
   const std::string_view all(text);
   size_t position = 0;
   while (true) {
-    const size_t found = delimiter.size() == 1 ? all.find(delimiter[0], position)
-                                               : all.find(delimiter, position);
+    const size_t found =
+        delimiter.size() == 1 ? all.find(delimiter[0], position) : all.find(delimiter, position);
     const size_t end = found == std::string_view::npos ? all.size() : found;
     if (end > position || options == KeepEmpty) {
       pieces.emplace_back(all.substr(position, end - position));
