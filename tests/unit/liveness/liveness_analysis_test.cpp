@@ -27,6 +27,17 @@ const std::vector<std::string> kLoopHeaderRead = {"v_mov_b32 v0, v5", "LOOP: v_a
                                                   "v_mov_b32 v1, v2", "s_cbranch_scc0 label_LOOP",
                                                   "s_endpgm"};
 
+// The loop header H is reached first from a path that writes v1; the back
+// edge's source lies on a longer path that skips the write, and is visited
+// after H, so v1 stays shown at H.
+const std::vector<std::string> kBackEdgeAfterHeader = {"s_cbranch_scc0 label_SIDE",
+                                                       "v_mov_b32 v1, v2",
+                                                       "H: v_mov_b32 v3, v1",
+                                                       "SIDE: v_add_f32 v4, v1, v3",
+                                                       "v_add_f32 v3, v4, v1",
+                                                       "s_cbranch_scc0 label_H",
+                                                       "s_endpgm"};
+
 const ReportCase kReportCases[] = {
     {"registers never written are live from the start",
      kUnwrittenReads,
@@ -58,6 +69,15 @@ const ReportCase kReportCases[] = {
       "  0 |     | s_endpgm ", ""},
      2,
      3},
+    {"start-of-program pass visits each node once, not to a fixpoint",
+     kBackEdgeAfterHeader,
+     true,
+     {"", "  0 |       | s_cbranch_scc0 label_SIDE", "  1 |  ^    | v_mov_b32 v1, v2",
+      "  2 |  v ^  | label_H: v_mov_b32 v3, v1", "  1 |     ^ | label_SIDE: v_add_f32 v4, v1, v3",
+      "  1 |    ^v | v_add_f32 v3, v4, v1", "  0 |       | s_cbranch_scc0 label_H",
+      "  0 |       | s_endpgm ", ""},
+     4,
+     2},
     {"nothing live", {"s_endpgm"}, false, {"", "  0 |   | s_endpgm ", ""}, 0, 0},
     {"highest register", {"v_mov_b32 v0, v255", "s_endpgm"}, false, {}, 255, 1},
     {"code after the end of program is left out",
