@@ -11,6 +11,7 @@ import os
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -45,7 +46,7 @@ def main() -> int:
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--instructions", type=int, default=100000)
     parser.add_argument("--blocks", type=int, default=5000)
-    parser.add_argument("--workdir", default=".")
+    parser.add_argument("--workdir", default=os.path.join(tempfile.gettempdir(), "vesk-bench"))
     parser.add_argument("--only", action="append", help="run only these analyses")
     args = parser.parse_args()
 
