@@ -95,8 +95,9 @@ def generate(instructions, blocks, seed):
     return "\n".join(lines) + "\n"
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+def run(generate_listing, description):
+    """Command line shared by the listing generators: sizes, seed and output file."""
+    parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--instructions", type=int, default=100000)
     parser.add_argument("--blocks", type=int, default=None,
                         help="number of blocks (default: instructions / 20)")
@@ -104,12 +105,16 @@ def main():
     parser.add_argument("-o", "--output", default="-")
     args = parser.parse_args()
     blocks = args.blocks if args.blocks is not None else max(1, args.instructions // 20)
-    text = generate(args.instructions, blocks, args.seed)
+    text = generate_listing(args.instructions, blocks, args.seed)
     if args.output == "-":
         sys.stdout.write(text)
     else:
         with open(args.output, "w") as f:
             f.write(text)
+
+
+def main():
+    run(generate, __doc__.splitlines()[0])
 
 
 if __name__ == "__main__":

@@ -11,9 +11,12 @@ fall-through; the last instruction is s_endpgm.
 
 usage: gen_stall_listing.py [--instructions N] [--blocks B] [--seed S] [-o FILE]
 """
-import argparse
+import os
 import random
 import sys
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from gen_listing import run  # noqa: E402
 
 BRANCHES = ["s_cbranch_scc0", "s_cbranch_scc1", "s_cbranch_vccz", "s_cbranch_vccnz",
             "s_cbranch_execz"]
@@ -99,19 +102,7 @@ def generate(instructions, blocks, seed):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--instructions", type=int, default=100000)
-    parser.add_argument("--blocks", type=int, default=None, help="default: instructions / 20")
-    parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("-o", "--output", default="-")
-    args = parser.parse_args()
-    blocks = args.blocks if args.blocks is not None else max(1, args.instructions // 20)
-    text = generate(args.instructions, blocks, args.seed)
-    if args.output == "-":
-        sys.stdout.write(text)
-    else:
-        with open(args.output, "w") as f:
-            f.write(text)
+    run(generate, __doc__.splitlines()[0])
 
 
 if __name__ == "__main__":
