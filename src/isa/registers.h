@@ -31,6 +31,16 @@ using RegisterID = int;
 constexpr int kRegisterIdCount = 391;
 constexpr RegisterID kFirstSGPR = 256;
 constexpr RegisterID kFirstSpecialSGPR = 384;
+// The special scalar registers: the 64-bit exec and vcc masks (their low
+// halves share the numbers), the scalar condition code, m0, and the
+// condition bits that branches test.
+constexpr RegisterID kExec = 384;
+constexpr RegisterID kVcc = 385;
+constexpr RegisterID kScc = 386;
+constexpr RegisterID kSccz = 387;
+constexpr RegisterID kM0 = 388;
+constexpr RegisterID kVccz = 389;
+constexpr RegisterID kExecz = 390;
 
 constexpr bool IsVGPR(RegisterID id) {
   return static_cast<unsigned>(id) <= 255u;

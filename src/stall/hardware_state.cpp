@@ -28,7 +28,7 @@ int GetSGPRBankPenalty(const InvocationDependencyInfo& info) {
   std::array<uint16_t, 8> rows{};
   bool onlyConditionBits = true;
   for (RegisterID reg : info.GetExplicitReadSGPRs()) {
-    if (reg != HardwareState::kScc && reg != HardwareState::kVccz && reg != HardwareState::kExecz)
+    if (reg != kScc && reg != kVccz && reg != kExecz)
       onlyConditionBits = false;
     if (!IsStandardSGPR(reg)) continue;
     const int index = GetSGPRIndex(reg);

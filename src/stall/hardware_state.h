@@ -27,13 +27,6 @@ class HardwareState {
  public:
   static constexpr int kRegisterCount = kRegisterIdCount;
   static_assert(kRegisterCount == 391, "one scoreboard per unified register number");
-  static constexpr RegisterID kExec = 384;
-  static constexpr RegisterID kVcc = 385;
-  static constexpr RegisterID kScc = 386;
-  static constexpr RegisterID kSccz = 387;
-  static constexpr RegisterID kM0 = 388;
-  static constexpr RegisterID kVccz = 389;
-  static constexpr RegisterID kExecz = 390;
 
   // vmem_kind_ values.
   static constexpr int kNoVMEM = 0;

@@ -5,7 +5,6 @@
 namespace vesk {
 
 namespace {
-constexpr RegisterID kVcc = 385;
 
 bool UsesAnyVALU(HardwareUsage usage) {
   return usage.UseVALU() || usage.UseTransVALU();

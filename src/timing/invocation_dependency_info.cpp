@@ -13,13 +13,6 @@
 namespace vesk {
 namespace {
 
-constexpr RegisterID kExec = 384;
-constexpr RegisterID kVcc = 385;
-constexpr RegisterID kScc = 386;
-constexpr RegisterID kSccz = 387;
-constexpr RegisterID kM0 = 388;
-constexpr RegisterID kVccz = 389;
-constexpr RegisterID kExecz = 390;
 
 bool Contains(std::string_view text, const char* needle) {
   return text.find(needle) != std::string_view::npos;

@@ -22,8 +22,6 @@ struct Case {
   Ids read;     // GetReadRegisters()
 };
 
-constexpr RegisterID kVcc = 385;
-constexpr RegisterID kExec = 384;
 constexpr RegisterID S(int index) {
   return 256 + index;
 }

@@ -17,7 +17,6 @@
 
 namespace vesk::testing {
 
-constexpr RegisterID kExec = 384, kVcc = 385, kScc = 386, kM0 = 388, kVccz = 389, kExecz = 390;
 constexpr RegisterID S(int i) {
   return 256 + i;
 }

@@ -32,6 +32,5 @@ class TimingTest : public ::testing::Test {
   std::vector<std::unique_ptr<InvocationDependencyInfo>> infos_;
 };
 
-constexpr RegisterID kExec = 384, kVcc = 385, kScc = 386, kM0 = 388, kVccz = 389, kExecz = 390;
 
 }  // namespace vesk::testing
