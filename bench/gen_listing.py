@@ -52,13 +52,19 @@ def body_instruction(rng):
     return "s_mov_b32", f"s{rng.randrange(8, 40)}, s{rng.randrange(8, 40)}"
 
 
-def generate(instructions, blocks, seed):
-    rng = random.Random(seed)
+def block_sizes(rng, instructions, blocks):
+    """At least one instruction per block, the rest spread at random."""
     blocks = max(1, min(blocks, instructions))
-    # Block sizes: at least one instruction each, the rest spread at random.
     sizes = [1] * blocks
     for _ in range(instructions - blocks):
         sizes[rng.randrange(blocks)] += 1
+    return sizes
+
+
+def generate(instructions, blocks, seed):
+    rng = random.Random(seed)
+    sizes = block_sizes(rng, instructions, blocks)
+    blocks = len(sizes)
 
     lines = []
     address = 0

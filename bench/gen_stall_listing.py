@@ -16,7 +16,7 @@ import random
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from gen_listing import run  # noqa: E402
+from gen_listing import block_sizes, run  # noqa: E402
 
 BRANCHES = ["s_cbranch_scc0", "s_cbranch_scc1", "s_cbranch_vccz", "s_cbranch_vccnz",
             "s_cbranch_execz"]
@@ -61,10 +61,8 @@ def body(rng, waited):
 
 def generate(instructions, blocks, seed):
     rng = random.Random(seed)
-    blocks = max(1, min(blocks, instructions))
-    sizes = [1] * blocks
-    for _ in range(instructions - blocks):
-        sizes[rng.randrange(blocks)] += 1
+    sizes = block_sizes(rng, instructions, blocks)
+    blocks = len(sizes)
     lines = []
     for index, size in enumerate(sizes):
         lines.append(f"label_{index:05d}:")
