@@ -17,6 +17,10 @@ int main(int argc, char** argv) {
       std::cerr << "Error while running analysis." << std::endl;
       return 1;
     }
+  } catch (const vesk::ListingError& error) {
+    std::cerr << "Error: " << app.InputName() << ':' << error.Line() << ": " << error.what()
+              << std::endl;
+    return 1;
   } catch (const vesk::AnalysisError& error) {
     std::cerr << "Error: " << error.what() << std::endl;
     return 1;

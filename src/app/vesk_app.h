@@ -18,6 +18,8 @@ class VeskApp : public CLI::App {
   VeskApp();
   // Runs the chosen subcommand; false when the analysis failed.
   bool Execute();
+  // How errors name the input: its path, or "<stdin>" for "-".
+  std::string InputName() const { return inputPath == "-" ? "<stdin>" : inputPath; }
 
  private:
   void ConfigureCommands();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -33,6 +34,11 @@ class Invocation {
   bool IsEnd() const { return instruction->IsEnd(); }
   bool IsImmediate() const { return instruction->IsImmediate(); }
 
+  // The 1-based line of the listing text the instruction was read from; 0
+  // when it was built in memory.
+  uint32_t GetSourceLine() const { return sourceLine; }
+  void SetSourceLine(uint32_t line) { sourceLine = line; }
+
   const std::string& GetBranchTarget() const { return target; }
   const std::string& GetJumpTarget() const { return target; }
 
@@ -61,6 +67,7 @@ class Invocation {
   std::vector<std::string> modifiers;
   std::vector<std::string> labels;
   std::string target;
+  uint32_t sourceLine = 0;
   std::array<InstructionOperands, 2> usedOperands;
 };
 

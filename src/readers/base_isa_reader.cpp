@@ -138,7 +138,7 @@ void SplitOperands(const std::string& text, std::vector<std::string>& args,
 
 }  // namespace
 
-void InstructionLineReader::Read(const TokenLine& tokens) {
+void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
   if (tokens.empty() || BaseIsaReader::IsComment(tokens)) return;
   const std::string& first = tokens[0];
   if (first.find('(') != std::string::npos || first.find('@') != std::string::npos ||
@@ -157,14 +157,15 @@ void InstructionLineReader::Read(const TokenLine& tokens) {
   SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
   invocations_.emplace_back(instructionSet_, opcode, std::move(args), std::move(modifiers),
                             std::move(pendingLabels_));
+  invocations_.back().SetSourceLine(line);
   pendingLabels_.clear();
 }
 
 std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& instructionSet,
-                                                        const std::vector<TokenLine>& lines) {
+                                                        const std::vector<NumberedLine>& lines) {
   InstructionLineReader reader(instructionSet);
   reader.Reserve(lines.size());
-  for (const TokenLine& tokens : lines) reader.Read(tokens);
+  for (const NumberedLine& line : lines) reader.Read(line.tokens, line.number);
   return reader.TakeInvocations();
 }
 

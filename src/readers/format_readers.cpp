@@ -54,7 +54,7 @@ std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
         break;
       }
     }
-    instructions.Read(tokens);
+    instructions.Read(tokens, static_cast<uint32_t>(lineIndex + 1));
   }
   return instructions.TakeInvocations();
 }
@@ -83,7 +83,7 @@ bool ShaderAnalyzerIsaReader::CanParse(std::stringstream& input) {
 std::vector<Invocation> ShaderAnalyzerIsaReader::Parse(std::stringstream& input,
                                                        const InstructionSet& instructionSet) {
   const std::vector<TokenLine> lines = GetLines(input);
-  std::vector<TokenLine> kept;
+  std::vector<NumberedLine> kept;
   bool open = false;
   for (size_t i = 0; i < lines.size(); ++i) {
     const TokenLine& tokens = lines[i];
@@ -97,7 +97,7 @@ std::vector<Invocation> ShaderAnalyzerIsaReader::Parse(std::stringstream& input,
       }
       throw std::runtime_error(fmt::format("Mismatch shader/end in line {}", i + 1));
     }
-    if (open) kept.push_back(tokens);
+    if (open) kept.push_back({static_cast<uint32_t>(i + 1), tokens});
   }
   return ReadInstructions(instructionSet, kept);
 }
@@ -105,7 +105,7 @@ std::vector<Invocation> ShaderAnalyzerIsaReader::Parse(std::stringstream& input,
 std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
                                               const InstructionSet& instructionSet) {
   const std::vector<TokenLine> lines = GetLines(input);
-  std::vector<TokenLine> kept;
+  std::vector<NumberedLine> kept;
   bool open = false;
   for (size_t i = 0; i < lines.size(); ++i) {
     const TokenLine& tokens = lines[i];
@@ -127,7 +127,7 @@ std::vector<Invocation> HSAILIsaReader::Parse(std::stringstream& input,
     if (mismatch) {
       throw std::runtime_error(fmt::format("Mismatched Disassembly for/end in line {}", i + 1));
     }
-    if (open) kept.push_back(tokens);
+    if (open) kept.push_back({static_cast<uint32_t>(i + 1), tokens});
   }
   return ReadInstructions(instructionSet, kept);
 }
@@ -149,12 +149,13 @@ std::string ShaderDumpIsaReader::ExtractInstructionSet(const TokenLine& tokens) 
 std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
                                                    const InstructionSet& instructionSet) {
   const std::vector<TokenLine> lines = GetLines(input);
-  std::vector<TokenLine> kept;
+  std::vector<NumberedLine> kept;
   // The dump names its target; its table reads the rest of the listing.
   std::unique_ptr<InstructionSet> detected;
   const InstructionSet* readingSet = &instructionSet;
   bool open = false;
-  for (const TokenLine& tokens : lines) {
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const TokenLine& tokens = lines[i];
     if (tokens.empty()) continue;
     if (Join(" ", tokens.begin(), tokens.end()) == "; -------- Disassembly --------------------") {
       open = true;
@@ -168,7 +169,7 @@ std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
         readingSet = detected.get();
       }
     } else if (open) {
-      kept.push_back(tokens);
+      kept.push_back({static_cast<uint32_t>(i + 1), tokens});
     }
   }
   return ReadInstructions(*readingSet, kept);

@@ -3,6 +3,7 @@
 // reader that detects the layout.
 #pragma once
 
+#include <cstdint>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -14,6 +15,12 @@
 namespace vesk {
 
 using TokenLine = std::vector<std::string>;
+
+// A token line with the 1-based number of the listing line it came from.
+struct NumberedLine {
+  uint32_t number;
+  TokenLine tokens;
+};
 
 class IsaReader {
  public:
@@ -32,7 +39,7 @@ class BaseIsaReader : public IsaReader {
   static bool IsComment(const TokenLine& tokens);
   static bool IsLLCLabel(const TokenLine& tokens);
   static std::vector<Invocation> ReadInstructions(const InstructionSet& instructionSet,
-                                                  const std::vector<TokenLine>& lines);
+                                                  const std::vector<NumberedLine>& lines);
 };
 
 // Turns token lines, one at a time, into invocations: skips comments and
@@ -42,7 +49,8 @@ class InstructionLineReader {
  public:
   explicit InstructionLineReader(const InstructionSet& instructionSet)
       : instructionSet_(instructionSet) {}
-  void Read(const TokenLine& tokens);
+  // `line` is the 1-based listing line the tokens came from.
+  void Read(const TokenLine& tokens, uint32_t line);
   // Room for this many invocations, so a long listing is not moved while it grows.
   void Reserve(size_t count) { invocations_.reserve(count); }
   std::vector<Invocation> TakeInvocations() { return std::move(invocations_); }

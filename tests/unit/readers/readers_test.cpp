@@ -112,6 +112,35 @@ TEST(FramedReaders, SelectTheirBlock) {
             (Strings{"v_add_f32 v0, v1, v2"}));
 }
 
+// Every layout numbers instructions by their line in the whole text, framing
+// and skipped lines included, so errors and reports can point into the file.
+TEST(SourceLines, CountEveryLineOfTheText) {
+  const GFX10InstructionSet set;
+  RawIsaReader raw;
+  ShaderAnalyzerIsaReader sa;
+  HSAILIsaReader hsail;
+  ShaderDumpIsaReader dump;
+  struct Case {
+    IsaReader& reader;
+    std::string text;
+    std::vector<uint32_t> lines;
+  };
+  const Case cases[] = {
+      {raw, "; head\n\nlabel_a:\ns_nop 0\n  // note\nv_mov_b32 v0, v1\ns_endpgm", {4, 6, 7}},
+      {sa, "x\nshader main\ntype(CS)\ns_nop 0\n\ns_endpgm\nend\n", {4, 6}},
+      {hsail, "AMD Kernel Code for k\n\nDisassembly for k:\ns_nop 0\ns_endpgm\nend\n", {4, 5}},
+      {dump, ";--------\n; -------- Disassembly --------------------\n\ns_endpgm\nend\n", {4}},
+  };
+  for (const Case& c : cases) {
+    std::stringstream stream(c.text);
+    std::vector<uint32_t> lines;
+    for (const Invocation& invocation : c.reader.Parse(stream, set)) {
+      lines.push_back(invocation.GetSourceLine());
+    }
+    EXPECT_EQ(lines, c.lines) << c.text;
+  }
+}
+
 TEST(FramedReaders, MismatchesThrowWithTheLineNumber) {
   const GFX10InstructionSet set;
   struct Case {
