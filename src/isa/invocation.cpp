@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
-#include <iostream>
 #include <string_view>
 
+#include "util/fatal_exit.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -25,8 +25,7 @@ std::string TargetFromOperand(const std::string& operand) {
   if (StartsWith(operand, "_L")) return operand.substr(2);
   if (StartsWith(operand, "BB")) return operand.substr(2);
   if (StartsWith(operand, "_")) return operand;
-  std::cerr << "Error: Could not determine label type. Aborting." << std::endl;
-  std::exit(-1);
+  ExitFatally("Error: Could not determine label type. Aborting.");
 }
 
 }  // namespace

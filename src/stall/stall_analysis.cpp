@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "util/analysis_error.h"
+#include "util/fatal_exit.h"
 
 namespace vesk {
 
@@ -18,12 +19,6 @@ namespace {
 // or jump refetches, falling through costs little.
 constexpr int kBranchTargetDistance = 20;
 constexpr int kFallThroughDistance = 2;
-
-[[noreturn]] void Abort(const char* message) {
-  fmt::print(stderr, "{}\n", message);
-  std::fflush(stderr);
-  std::exit(255);
-}
 
 }  // namespace
 
@@ -75,7 +70,7 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
 void RunFixpointIteration(const BasicBlockStateMap& states,
                           const std::unordered_set<std::string>& usedLabels, bool isWave64,
                           std::vector<BasicBlockState>& allStates, BasicBlockState* startState) {
-  if (startState == nullptr) Abort("Error: Could not find start basic block. Aborting.");
+  if (startState == nullptr) ExitFatally("Error: Could not find start basic block. Aborting.");
   // Merges only add in-flight operations and raise busy counts, so the
   // passes end.
   bool changed = true;
@@ -86,7 +81,8 @@ void RunFixpointIteration(const BasicBlockStateMap& states,
     while (!work.empty()) {
       BasicBlockState* state = work.front();
       work.pop_front();
-      if (state == nullptr) Abort("Error: Could not determine state of basic block. Aborting.");
+      if (state == nullptr)
+        ExitFatally("Error: Could not determine state of basic block. Aborting.");
       if (state->GetProcessedThisIteration()) continue;
       const BasicBlock* block = state->GetBasicBlock();
       const bool isBranchTarget = usedLabels.count(block->GetLabel()) != 0;

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "stall/hardware_state.h"
+#include "util/fatal_exit.h"
 
 namespace vesk {
 
@@ -235,12 +236,9 @@ uint32_t HardwareState::BlockingConditions(const InvocationDependencyInfo& info)
 
 void HardwareState::AbortUnresolvedStall(const RegisterPipelineUsage& writer) {
   const char* name = writer.info ? writer.info->GetInvocation().GetInstruction()->GetName() : "";
-  fmt::print(stderr,
-             "Error: Found a problem while resolving a stall caused by the instruction {}. "
-             "Aborting.\n",
-             name);
-  std::fflush(stderr);
-  std::exit(255);
+  ExitFatally(fmt::format(
+      "Error: Found a problem while resolving a stall caused by the instruction {}. Aborting.",
+      name));
 }
 
 StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info) {
