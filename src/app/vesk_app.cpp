@@ -1,12 +1,16 @@
 // Command-line declaration and the run of one analysis.
 #include "app/vesk_app.h"
 
+#include <cstdio>
 #include <iostream>
+#include <optional>
+#include <string>
 
 #include "app/cfg_dumper.h"
 #include "app/liveness_analyzer.h"
 #include "app/opcode_histogram_dumper.h"
 #include "app/stall_cycle_analyzer.h"
+#include "util/read_text.h"
 
 namespace {
 
@@ -71,27 +75,23 @@ void VeskApp::ConfigureCommands() {
 
 bool VeskApp::CreateInputStream() {
   if (inputPath.empty()) return true;
+  // The input is streamed to its end rather than sized up front, so pipes,
+  // FIFOs and /dev/fd paths read like plain files. A path that cannot be
+  // read to its end (a directory, no permission) counts as missing.
+  std::optional<std::string> text;
   if (inputPath == "-") {
-    inputStream << std::cin.rdbuf();
-    inputStream.clear();
-    return true;
+    // Standard input goes through the C stream, which reports a failed read
+    // (a directory redirected in) only through its error flag.
+    text.emplace();
+    if (!vesk::ReadAll(std::cin, *text) || std::ferror(stdin)) text.reset();
+  } else {
+    text = vesk::ReadFile(inputPath);
   }
-  std::ifstream file(inputPath, std::ios::binary);
-  if (!file) {
+  if (!text) {
     std::cerr << "The specified input file does not exist." << std::endl;
     return false;
   }
-  // Read the whole file at once into the stream's own buffer.
-  std::string text;
-  file.seekg(0, std::ios::end);
-  const std::streamoff size = file.tellg();
-  file.seekg(0, std::ios::beg);
-  if (size > 0) {
-    text.resize(static_cast<size_t>(size));
-    file.read(text.data(), size);
-    text.resize(static_cast<size_t>(file.gcount()));
-  }
-  inputStream.str(std::move(text));
+  inputStream.str(std::move(*text));
   return true;
 }
 

@@ -1,0 +1,21 @@
+// Reading a whole input text from any kind of file: regular files, pipes,
+// FIFOs, terminals and /dev/fd paths alike. Nothing asks the file for its
+// size first, since only regular files know it.
+#pragma once
+
+#include <istream>
+#include <optional>
+#include <string>
+
+namespace vesk {
+
+// Appends everything `in` delivers until its end to `text`. False when a read
+// fails before the end (for example on a directory); `text` then holds what
+// was read up to the failure.
+bool ReadAll(std::istream& in, std::string& text);
+
+// The whole content of the file at `path`; nothing when it cannot be opened
+// or read to its end.
+std::optional<std::string> ReadFile(const std::string& path);
+
+}  // namespace vesk
