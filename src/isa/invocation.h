@@ -21,6 +21,12 @@ class Invocation {
 
   Invocation(const InstructionSet& set, const std::string& opcode, std::vector<std::string> args,
              std::vector<std::string> modifiers, std::vector<std::string> labels);
+  // A branch or jump goes to `target` exactly as given (a label name such as
+  // .LBB0_3 that the label-prefix rules above do not know); other opcodes
+  // ignore it.
+  Invocation(const InstructionSet& set, const std::string& opcode, std::vector<std::string> args,
+             std::vector<std::string> modifiers, std::vector<std::string> labels,
+             std::string target);
 
   const Instruction* GetInstruction() const { return instruction; }
   const std::vector<std::string>& GetArgs() const { return args; }

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "readers/isa_reader.h"
+#include "readers/llvm_listing_reader.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -175,21 +176,27 @@ std::vector<Invocation> ShaderDumpIsaReader::Parse(std::stringstream& input,
   return ReadInstructions(*readingSet, kept);
 }
 
+std::unique_ptr<IsaReader> AutoIsaReader::Detect(std::stringstream& input) {
+  const std::string_view text = input.view();
+  if (text.starts_with("AMD Kernel Code for")) return std::make_unique<HSAILIsaReader>();
+  if (text.starts_with(";--------") ||
+      text.find("; -------- Disassembly --------------------") != std::string::npos) {
+    return std::make_unique<ShaderDumpIsaReader>();
+  }
+  if (ShaderAnalyzerIsaReader::CanParse(input)) return std::make_unique<ShaderAnalyzerIsaReader>();
+  // LLVM's assembly and disassembly carry markers no other layout has.
+  if (IsLlvmListing(text)) return std::make_unique<LlvmIsaReader>();
+  return std::make_unique<RawIsaReader>();
+}
+
 std::vector<Invocation> AutoIsaReader::Parse(std::stringstream& input,
                                              const InstructionSet& instructionSet) {
-  const std::string_view text = input.view();
-  std::unique_ptr<IsaReader> reader;
-  if (text.starts_with("AMD Kernel Code for")) {
-    reader = std::make_unique<HSAILIsaReader>();
-  } else if (text.starts_with(";--------") ||
-             text.find("; -------- Disassembly --------------------") != std::string::npos) {
-    reader = std::make_unique<ShaderDumpIsaReader>();
-  } else if (ShaderAnalyzerIsaReader::CanParse(input)) {
-    reader = std::make_unique<ShaderAnalyzerIsaReader>();
-  } else {
-    reader = std::make_unique<RawIsaReader>();
-  }
-  return reader->Parse(input, instructionSet);
+  return Detect(input)->Parse(input, instructionSet);
+}
+
+std::vector<ListingProgram> AutoIsaReader::ReadPrograms(std::stringstream& input,
+                                                        const InstructionSet& instructionSet) {
+  return Detect(input)->ReadPrograms(input, instructionSet);
 }
 
 }  // namespace vesk

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -22,11 +23,26 @@ struct NumberedLine {
   TokenLine tokens;
 };
 
+// One program of a listing: a named function of a listing that holds
+// several, or the whole listing (with no name) for the layouts that hold one.
+struct ListingProgram {
+  std::string name;
+  std::vector<Invocation> invocations;
+};
+
 class IsaReader {
  public:
   virtual ~IsaReader() = default;
   virtual std::vector<Invocation> Parse(std::stringstream& input,
                                         const InstructionSet& instructionSet) = 0;
+  // Every program of the listing, in listing order. Layouts that hold one
+  // program give the one unnamed program that Parse reads.
+  virtual std::vector<ListingProgram> ReadPrograms(std::stringstream& input,
+                                                   const InstructionSet& instructionSet) {
+    std::vector<ListingProgram> programs(1);
+    programs[0].invocations = Parse(input, instructionSet);
+    return programs;
+  }
 };
 
 class BaseIsaReader : public IsaReader {
@@ -51,6 +67,11 @@ class InstructionLineReader {
       : instructionSet_(instructionSet) {}
   // `line` is the 1-based listing line the tokens came from.
   void Read(const TokenLine& tokens, uint32_t line);
+  // A label whose name the caller has already read from its line; kept as given.
+  void AddLabel(std::string label) { pendingLabels_.push_back(std::move(label)); }
+  // A line the caller knows to be an instruction (opcode first). A branch or
+  // jump goes to its first operand exactly as written: no label-prefix rules.
+  void ReadInstructionWithNamedTarget(const TokenLine& tokens, uint32_t line);
   // Room for this many invocations, so a long listing is not moved while it grows.
   void Reserve(size_t count) { invocations_.reserve(count); }
   std::vector<Invocation> TakeInvocations() { return std::move(invocations_); }
@@ -93,6 +114,10 @@ class AutoIsaReader : public IsaReader {
  public:
   std::vector<Invocation> Parse(std::stringstream& input,
                                 const InstructionSet& instructionSet) override;
+  std::vector<ListingProgram> ReadPrograms(std::stringstream& input,
+                                           const InstructionSet& instructionSet) override;
+  // The reader for the layout the text is in.
+  static std::unique_ptr<IsaReader> Detect(std::stringstream& input);
 };
 
 }  // namespace vesk
