@@ -147,12 +147,15 @@ bool HardwareState::GetShortenedVaVdstCondition(const InvocationDependencyInfo& 
   int pending = c.va_vdst_;
   if (i.UsesVMEMLDS()) pending += c.va_vcc_ + c.va_sdst_;
   RefreshPending();
-  // Only a live oldest entry can have exactly one cycle left.
+  // Only a live oldest entry can have exactly one cycle left. Pending
+  // transcendental results are counted in va_vdst_ like VALU results, so
+  // they count alike here.
   int finishing = 0;
   for (int reg : live_[kWrite]) {
     if (!IsVGPR(reg) && (!i.UsesVMEMLDS() || reg == kExec)) continue;
     const RegisterPipelineUsage& first = write_scoreboards_[reg].GetFirst();
-    if (first.usage.UseVALU() && first.executeLength == 1 && first.isFirstRegister) ++finishing;
+    const bool vectorResult = first.usage.UseVALU() || first.usage.UseTransVALU();
+    if (vectorResult && first.executeLength == 1 && first.isFirstRegister) ++finishing;
   }
   return pending == finishing;
 }

@@ -91,6 +91,49 @@ TEST_F(StallConditionsTest, VectorMemoryIssuesWhenVALUResultsLandNextCycle) {
   EXPECT_EQ(state_.GetCounters().va_vdst_, 1);
 }
 
+// A vector memory instruction after a vector result: it may issue once every
+// pending result lands in the next cycle, whichever vector unit (VALU or the
+// transcendental unit) produces it. GDS (here every global_ access) waits
+// for the result to land.
+TEST_F(StallConditionsTest, VectorMemoryAfterVectorResultsWriterByReader) {
+  struct Writer {
+    const char* line;
+    int executeCycles;  // issue + execute latency of the writer
+  };
+  const Writer writers[] = {
+      {"v_cos_f32 v58, v46", 16},       {"v_sin_f32 v58, v46", 16},  {"v_rcp_f32 v58, v46", 16},
+      {"v_rsq_f32 v58, v46", 16},       {"v_sqrt_f32 v58, v46", 16}, {"v_log_f32 v58, v46", 16},
+      {"v_rcp_iflag_f32 v58, v46", 16}, {"v_cos_f16 v58, v46", 16},  {"v_sin_f16 v58, v46", 16},
+      {"v_rcp_f16 v58, v46", 16},       {"v_rsq_f16 v58, v46", 16},  {"v_sqrt_f16 v58, v46", 16},
+      {"v_log_f16 v58, v46", 16},       {"v_exp_f32 v58, v46", 15},  // VALU and transcendental
+      {"v_add_f32 v58, v46, v47", 16},                               // VALU only
+  };
+  struct Reader {
+    const char* line;
+    bool shortened;  // may issue one cycle before the result lands
+  };
+  const Reader readers[] = {
+      {"ds_write_b32 v48, v67", true},
+      {"ds_read_b32 v1, v0", true},
+      {"buffer_load_dword v5, v6, s[0:3], 0 offen", true},
+      {"buffer_store_dword v5, v6, s[0:3], 0 offen", true},
+      {"flat_load_dword v1, v[2:3]", true},
+      {"flat_store_dword v[2:3], v1", true},
+      {"global_load_dword v1, v[2:3], off", false},
+  };
+  for (const Writer& w : writers) {
+    for (const Reader& r : readers) {
+      HardwareState state;
+      state.Step(Info(w.line), 0, false);  // the issue cycle passes
+      const StallDescription s = state.Step(Info(r.line), 0, false);
+      // The writer's result lands after executeCycles - 1 further cycles.
+      const int expected = w.executeCycles - 1 - (r.shortened ? 1 : 0);
+      EXPECT_EQ(s.length.Get(), expected) << w.line << " / " << r.line;
+      EXPECT_EQ(s.reason, kVaVdstStall) << w.line << " / " << r.line;
+    }
+  }
+}
+
 TEST_F(StallConditionsTest, DepCtrWaitsOnTheMaskedCounters) {
   struct Case {
     const char* setup;
