@@ -3,6 +3,7 @@
 #include "stall/hardware_state.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include <fmt/format.h>
 
@@ -28,8 +29,7 @@ int GetSGPRBankPenalty(const InvocationDependencyInfo& info) {
   std::array<uint16_t, 8> rows{};
   bool onlyConditionBits = true;
   for (RegisterID reg : info.GetExplicitReadSGPRs()) {
-    if (reg != kScc && reg != kVccz && reg != kExecz)
-      onlyConditionBits = false;
+    if (reg != kScc && reg != kVccz && reg != kExecz) onlyConditionBits = false;
     if (!IsStandardSGPR(reg)) continue;
     const int index = GetSGPRIndex(reg);
     rows[(index / 2) % 8] |= static_cast<uint16_t>(1u << (index / 16));
@@ -88,15 +88,17 @@ Register HardwareState::GetRegisterFromName(const char* name) {
 }
 
 Scoreboard& HardwareState::GetWriteScoreboard(RegisterID reg) {
+  Scoreboard& board = WriteBoard(reg);
   pending_[kWrite].Insert(reg);
   anyPending_ = true;
-  return write_scoreboards_[reg];
+  return board;
 }
 
 Scoreboard& HardwareState::GetReadScoreboard(RegisterID reg) {
+  Scoreboard& board = ReadBoard(reg);
   pending_[kRead].Insert(reg);
   anyPending_ = true;
-  return read_scoreboards_[reg];
+  return board;
 }
 
 void HardwareState::Refresh(int dir, RegisterID reg) const {
@@ -150,6 +152,7 @@ ScoreboardUsageCounts HardwareState::GetUsageCountsForRange(const ScoreboardArra
                                                             RegisterID first,
                                                             RegisterID last) const {
   ScoreboardUsageCounts sum;
+  assert(first >= 0 && (first >= last || last <= kRegisterCount));
   for (RegisterID reg = first; reg < last; ++reg)
     if (!scoreboards[reg].IsEmpty()) sum += scoreboards[reg].GetUsageCounts();
   return sum;
@@ -157,15 +160,15 @@ ScoreboardUsageCounts HardwareState::GetUsageCountsForRange(const ScoreboardArra
 
 int HardwareState::VGPRsUsed() const {
   int used = 0;
-  for (RegisterID reg = 0; reg < 256; ++reg) used += write_scoreboards_[reg].Size();
+  for (RegisterID reg = 0; reg < 256; ++reg) used += WriteBoard(reg).Size();
   return used;
 }
 
 std::string HardwareState::PrintRegistersInUse() const {
   std::string text = "Currently used registers:";
   for (RegisterID reg = 0; reg < kRegisterCount; ++reg) {
-    const int writes = write_scoreboards_[reg].Size();
-    const int reads = read_scoreboards_[reg].Size();
+    const int writes = WriteBoard(reg).Size();
+    const int reads = ReadBoard(reg).Size();
     if (writes == 0 && reads == 0) continue;
     text += fmt::format("\n{}{}: {} write(s), {} read(s)", IsVGPR(reg) ? "v" : "s",
                         IsVGPR(reg) ? reg : GetSGPRIndex(reg), writes, reads);
@@ -180,7 +183,7 @@ bool HardwareState::IsQuiescent() const {
 
 void HardwareState::UpdateWriteScoreboard(RegisterID reg) {
   HardwareCounters& c = counters_;
-  Scoreboard& board = write_scoreboards_[reg];
+  Scoreboard& board = WriteBoard(reg);
   if (IsVGPR(reg)) {
     board.UpdateVGPRWrites(c.va_vdst_, c.lds_dir_);
   } else if (IsStandardSGPR(reg)) {
@@ -198,7 +201,7 @@ void HardwareState::UpdateWriteScoreboard(RegisterID reg) {
 }
 
 void HardwareState::UpdateReadScoreboard(RegisterID reg) {
-  Scoreboard& board = read_scoreboards_[reg];
+  Scoreboard& board = ReadBoard(reg);
   if (IsVGPR(reg))
     board.UpdateVGPRReads(counters_.vm_vsrc_);
   else
@@ -286,14 +289,14 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   entry.writesLaneMask = info.WriteLaneMask();
   entry.isFirstRegister = true;
   for (RegisterID reg : writtenSGPRs) {
-    write_scoreboards_[reg].AddEntry(entry);
+    WriteBoard(reg).AddEntry(entry);
     Refresh(kWrite, reg);
     entry.isFirstRegister = false;
   }
   entry.writesLaneMask = false;
   entry.isFirstRegister = true;
   for (RegisterID reg : info.GetWrittenVGPRs()) {
-    write_scoreboards_[reg].AddEntry(entry);
+    WriteBoard(reg).AddEntry(entry);
     Refresh(kWrite, reg);
     entry.isFirstRegister = false;
   }
@@ -306,7 +309,7 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
     read.executeLength = StallLength(7);
     read.isFirstRegister = true;
     for (RegisterID reg : info.GetExplicitReadSGPRs()) {
-      read_scoreboards_[reg].AddEntry(read);
+      ReadBoard(reg).AddEntry(read);
       Refresh(kRead, reg);
       read.isFirstRegister = false;
     }
@@ -315,7 +318,7 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
     read.executeLength = StallLength(info.GetReadVGPRs().Count() + 9);
     read.isFirstRegister = true;
     for (RegisterID reg : info.GetReadVGPRs()) {
-      read_scoreboards_[reg].AddEntry(read);
+      ReadBoard(reg).AddEntry(read);
       Refresh(kRead, reg);
       read.isFirstRegister = false;
     }
@@ -381,7 +384,7 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
   for (int64_t left = toPop; left != 0 && !queues_.IsEmpty(queue); --left) {
     const MemoryQueueElement element = queues_.PopFront(queue);
     for (RegisterID reg : element.info->GetWriteRegisters()) {
-      write_scoreboards_[reg].PopFirstMemOp();
+      WriteBoard(reg).PopFirstMemOp();
       Refresh(kWrite, reg);
     }
     popped.push_back(element);

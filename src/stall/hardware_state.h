@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -44,8 +45,8 @@ class HardwareState {
   static RegisterID GetRegisterID(const char* name);
   static Register GetRegisterFromName(const char* name);
 
-  const Scoreboard& GetWriteScoreboard(RegisterID reg) const { return write_scoreboards_[reg]; }
-  const Scoreboard& GetReadScoreboard(RegisterID reg) const { return read_scoreboards_[reg]; }
+  const Scoreboard& GetWriteScoreboard(RegisterID reg) const { return Board(kWrite, reg); }
+  const Scoreboard& GetReadScoreboard(RegisterID reg) const { return Board(kRead, reg); }
   // Mutable access (for setting up a state by hand); the activity tracking
   // of the register is refreshed before the next simulated cycle.
   Scoreboard& GetWriteScoreboard(RegisterID reg);
@@ -117,12 +118,23 @@ class HardwareState {
   using RegisterBits = SmallIntSet<448>;
   static_assert(RegisterBits::kWords * 64 >= kRegisterCount);
 
+  // Every per-register table access goes through these; register numbers
+  // outside the unified register space are rejected before simulation.
+  static bool InRegisterSpace(RegisterID reg) {
+    return static_cast<unsigned>(reg) < static_cast<unsigned>(kRegisterCount);
+  }
   Scoreboard& Board(int dir, RegisterID reg) {
+    assert(InRegisterSpace(reg) && (dir == kWrite || dir == kRead));
     return dir == kWrite ? write_scoreboards_[reg] : read_scoreboards_[reg];
   }
   const Scoreboard& Board(int dir, RegisterID reg) const {
+    assert(InRegisterSpace(reg) && (dir == kWrite || dir == kRead));
     return dir == kWrite ? write_scoreboards_[reg] : read_scoreboards_[reg];
   }
+  Scoreboard& WriteBoard(RegisterID reg) { return Board(kWrite, reg); }
+  const Scoreboard& WriteBoard(RegisterID reg) const { return Board(kWrite, reg); }
+  Scoreboard& ReadBoard(RegisterID reg) { return Board(kRead, reg); }
+  const Scoreboard& ReadBoard(RegisterID reg) const { return Board(kRead, reg); }
   // Recomputes the activity bits of one scoreboard after it changed.
   void Refresh(int dir, RegisterID reg) const;
   void RefreshPending() const;

@@ -2,6 +2,7 @@
 #include "stall/memory_counter_queues.h"
 
 #include <algorithm>
+#include <cassert>
 #include <functional>
 #include <unordered_map>
 
@@ -14,14 +15,15 @@ void MemoryCounterQueues::Clear() {
 
 std::vector<MemoryQueueElement> MemoryCounterQueues::Elements(int queue) const {
   std::vector<Element> result;
-  result.reserve(queues_[queue].size());
-  for (const Slot& slot : queues_[queue]) result.push_back(ToElement(slot));
+  result.reserve(Queue(queue).size());
+  for (const Slot& slot : Queue(queue)) result.push_back(ToElement(slot));
   return result;
 }
 
 MemoryQueueElement MemoryCounterQueues::PopFront(int queue) {
-  const Element front = ToElement(queues_[queue].front());
-  queues_[queue].pop_front();
+  assert(!IsEmpty(queue));
+  const Element front = ToElement(Queue(queue).front());
+  Queue(queue).pop_front();
   return front;
 }
 
@@ -32,7 +34,7 @@ void MemoryCounterQueues::RemoveAll(int queue, const std::vector<Element>& eleme
   };
   std::vector<Element> sorted = elements;
   std::sort(sorted.begin(), sorted.end(), order);
-  auto& q = queues_[queue];
+  auto& q = Queue(queue);
   q.erase(std::remove_if(q.begin(), q.end(),
                          [&](const Slot& slot) {
                            return std::binary_search(sorted.begin(), sorted.end(), ToElement(slot),
@@ -42,8 +44,8 @@ void MemoryCounterQueues::RemoveAll(int queue, const std::vector<Element>& eleme
 }
 
 bool MemoryCounterQueues::MergeFrom(int queue, const MemoryCounterQueues& other) {
-  auto& q = queues_[queue];
-  const auto& theirs = other.queues_[queue];
+  auto& q = Queue(queue);
+  const auto& theirs = other.Queue(queue);
   bool pushed = false;
   // Short queues: search directly.
   if (q.size() * theirs.size() <= 256) {
@@ -76,7 +78,7 @@ bool MemoryCounterQueues::MergeFrom(int queue, const MemoryCounterQueues& other)
 }
 
 bool MemoryCounterQueues::SetMaxForMemOp(int queue, const Element& element) {
-  for (Slot& slot : queues_[queue]) {
+  for (Slot& slot : Queue(queue)) {
     if (slot.info != element.info) continue;
     const Element mine = ToElement(slot);
     slot.readyCycle = now_ + std::max(mine.remaining, element.remaining);
@@ -86,8 +88,8 @@ bool MemoryCounterQueues::SetMaxForMemOp(int queue, const Element& element) {
 }
 
 bool MemoryCounterQueues::QueueEquals(int queue, const MemoryCounterQueues& other) const {
-  const auto& a = queues_[queue];
-  const auto& b = other.queues_[queue];
+  const auto& a = Queue(queue);
+  const auto& b = other.Queue(queue);
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i)
     if (ToElement(a[i]) != other.ToElement(b[i])) return false;

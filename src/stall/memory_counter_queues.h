@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -42,16 +43,19 @@ class MemoryCounterQueues {
   void Advance(int64_t cycles) { now_ += cycles; }
   void Clear();
 
-  size_t Size(int queue) const { return queues_[queue].size(); }
-  bool IsEmpty(int queue) const { return queues_[queue].empty(); }
-  Element At(int queue, size_t i) const { return ToElement(queues_[queue][i]); }
+  size_t Size(int queue) const { return Queue(queue).size(); }
+  bool IsEmpty(int queue) const { return Queue(queue).empty(); }
+  Element At(int queue, size_t i) const {
+    assert(i < Size(queue));
+    return ToElement(Queue(queue)[i]);
+  }
   std::vector<Element> Elements(int queue) const;
 
   void PushBack(int queue, const Element& element) {
-    queues_[queue].push_back({element.info, now_ + element.remaining});
+    Queue(queue).push_back({element.info, now_ + element.remaining});
   }
   void PushFront(int queue, const Element& element) {
-    queues_[queue].push_front({element.info, now_ + element.remaining});
+    Queue(queue).push_front({element.info, now_ + element.remaining});
   }
   Element PopFront(int queue);
   // Removes every element equal (instruction and remaining) to one of
@@ -74,6 +78,14 @@ class MemoryCounterQueues {
     const InvocationDependencyInfo* info;
     int64_t readyCycle;
   };
+  std::deque<Slot>& Queue(int queue) {
+    assert(queue >= 0 && queue < kMemoryQueueCount);
+    return queues_[queue];
+  }
+  const std::deque<Slot>& Queue(int queue) const {
+    assert(queue >= 0 && queue < kMemoryQueueCount);
+    return queues_[queue];
+  }
   Element ToElement(const Slot& slot) const {
     const int64_t left = slot.readyCycle - now_;
     return {slot.info, static_cast<int32_t>(left > 0 ? left : 0)};

@@ -2,6 +2,8 @@
 // in-flight operations.
 #include "stall/scoreboard.h"
 
+#include <cassert>
+
 namespace vesk {
 
 namespace {
@@ -33,6 +35,7 @@ void Scoreboard::AddEntry(const RegisterPipelineUsage& entry) {
 }
 
 void Scoreboard::PopFront() {
+  assert(IsSlot(head_) && count_ > 0);
   entries_[head_] = RegisterPipelineUsage{};
   head_ = (head_ + 1) % kCapacity;
   --count_;
@@ -50,7 +53,7 @@ bool Scoreboard::Find(const RegisterPipelineUsage& entry) const {
 }
 
 const RegisterPipelineUsage& Scoreboard::GetMax() const {
-  if (count_ < 2) return entries_[head_];
+  if (count_ < 2) return GetFirst();
   int best = 0;
   for (int i = 1; i < count_; ++i)
     if ((*this)[i].executeLength > (*this)[best].executeLength) best = i;
@@ -195,7 +198,7 @@ bool Scoreboard::Merge(const Scoreboard& other) {
 
 void Scoreboard::Compress() {
   if (count_ < 1) return;
-  while (entries_[head_].executeLength.IsZero()) {
+  while (GetFirst().executeLength.IsZero()) {
     PopFront();
     if (count_ < 1) return;
   }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -44,15 +45,30 @@ class Scoreboard {
   bool IsEmpty() const { return count_ == 0; }
   int Size() const { return count_; }
   int GetHead() const { return head_; }
-  int GetCurrentIndex(int i) const { return (head_ + i) % kCapacity; }
+  // Positions past the capacity wrap around the ring (more than 20 entries in
+  // flight overwrite the oldest slots); the slot is always within the ring.
+  int GetCurrentIndex(int i) const {
+    assert(i >= 0 && IsSlot(head_));
+    return (head_ + i) % kCapacity;
+  }
   RegisterPipelineUsage& operator[](int i) { return entries_[GetCurrentIndex(i)]; }
   const RegisterPipelineUsage& operator[](int i) const { return entries_[GetCurrentIndex(i)]; }
   // The oldest entry; on an empty scoreboard whatever the head slot holds.
-  const RegisterPipelineUsage& GetFirst() const { return entries_[head_]; }
+  const RegisterPipelineUsage& GetFirst() const {
+    assert(IsSlot(head_));
+    return entries_[head_];
+  }
   // Raw ring slot, for packing a scoreboard into block-boundary storage.
-  const RegisterPipelineUsage& GetSlot(int slot) const { return entries_[slot]; }
-  RegisterPipelineUsage& GetSlot(int slot) { return entries_[slot]; }
+  const RegisterPipelineUsage& GetSlot(int slot) const {
+    assert(IsSlot(slot));
+    return entries_[slot];
+  }
+  RegisterPipelineUsage& GetSlot(int slot) {
+    assert(IsSlot(slot));
+    return entries_[slot];
+  }
   void SetRing(int head, int count) {
+    assert(IsSlot(head) && count >= 0);
     head_ = head;
     count_ = count;
   }
@@ -102,6 +118,7 @@ class Scoreboard {
   bool HasRunningExecution() const;
 
  private:
+  static constexpr bool IsSlot(int slot) { return slot >= 0 && slot < kCapacity; }
   template <bool kVisibility, typename OnEntry>
   bool Advance(OnEntry onEntry);
 

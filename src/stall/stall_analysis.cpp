@@ -2,6 +2,7 @@
 // the ordering of its per-instruction results.
 #include "stall/stall_analysis.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -20,13 +21,39 @@ namespace {
 constexpr int kBranchTargetDistance = 20;
 constexpr int kFallThroughDistance = 2;
 
+// Scalar register numbers are read up to s255, but the scalar register space
+// ends with the special registers (s128 to s134 by number); the per-register
+// tables of the simulation hold nothing beyond. An instruction naming such a
+// register is rejected before it is simulated.
+void CheckRegisterSpace(const InvocationDependencyInfo& info) {
+  constexpr int kFirstOutside = kRegisterIdCount - kFirstSGPR;
+  const int outside = std::min(info.GetWriteRegisters().GetSGPRSet().NextFrom(kFirstOutside),
+                               info.GetReadRegisters().GetSGPRSet().NextFrom(kFirstOutside));
+  if (outside >= UnifiedRegisterSet::Half::kWords * 64) return;
+  const Invocation& invocation = info.GetInvocation();
+  for (const std::string& operand : invocation.GetArgs()) {
+    for (const Register& reg : Invocation::ParseRegister(operand)) {
+      if (reg.type == SGPR && reg.index == outside)
+        throw ListingError(invocation.GetSourceLine(),
+                           fmt::format("scalar register s{} (operand '{}') is outside the "
+                                       "register space",
+                                       outside, operand));
+    }
+  }
+  throw ListingError(invocation.GetSourceLine(),
+                     fmt::format("scalar register s{} is outside the register space", outside));
+}
+
 }  // namespace
 
 BasicBlockState::BasicBlockState(const BasicBlock& block_, StallWorkspace& workspace)
     : block(&block_), workspace_(&workspace) {
   const auto& invocations = block_.GetInvocations();
   infos_.reserve(invocations.size());
-  for (const Invocation* invocation : invocations) infos_.emplace_back(*invocation);
+  for (const Invocation* invocation : invocations) {
+    infos_.emplace_back(*invocation);
+    CheckRegisterSpace(infos_.back());
+  }
   stalls_.resize(invocations.size());
 }
 

@@ -153,7 +153,7 @@ bool HardwareState::GetShortenedVaVdstCondition(const InvocationDependencyInfo& 
   int finishing = 0;
   for (int reg : live_[kWrite]) {
     if (!IsVGPR(reg) && (!i.UsesVMEMLDS() || reg == kExec)) continue;
-    const RegisterPipelineUsage& first = write_scoreboards_[reg].GetFirst();
+    const RegisterPipelineUsage& first = WriteBoard(reg).GetFirst();
     const bool vectorResult = first.usage.UseVALU() || first.usage.UseTransVALU();
     if (vectorResult && first.executeLength == 1 && first.isFirstRegister) ++finishing;
   }
@@ -329,7 +329,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
   // forwarded.
   if (info.UsesSALU() || IsAnyVALU(info)) {
     for (RegisterID reg : info.GetReadSGPRs()) {
-      const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
+      const RegisterPipelineUsage& writer = WriteBoard(reg).GetMax();
       if (!writer.usage.UseSALU()) continue;
       const StallLength remaining = writer.visibilityLength;
       if (!remaining.IsZero() && !writer.writesLaneMask) {
@@ -346,7 +346,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
   // results three cycles early.
   const bool transOnly = info.UsesTransVALU() && !info.UsesVALU();
   for (RegisterID reg : info.GetReadVGPRs()) {
-    const RegisterPipelineUsage& writer = write_scoreboards_[reg].GetMax();
+    const RegisterPipelineUsage& writer = WriteBoard(reg).GetMax();
     StallLength remaining = writer.visibilityLength;
     if (transOnly && writer.usage.UseTransVALU()) remaining -= 3;
     if (remaining.IsZero()) continue;

@@ -81,6 +81,42 @@ TEST_F(StallAnalysisTest, Wave64CostsVectorInstructionsACycle) {
             (std::vector<int>{0, 0, 2, 0}));
 }
 
+// s128 to s134 are the special registers by number; anything beyond lies
+// outside the register space and is rejected before simulation, wherever it
+// stands (source or destination) and whether or not the block is reached.
+TEST_F(StallAnalysisTest, ScalarRegistersOutsideTheRegisterSpace) {
+  struct Case {
+    const char* line;
+    const char* message;  // "" when accepted
+  };
+  const Case cases[] = {
+      {"s_mov_b32 s134, s128", ""},
+      {"s_mov_b32 s127, s1", ""},
+      {"s_mov_b32 s253, s1", "scalar register s253 (operand 's253') is outside the register space"},
+      {"s_mov_b32 s1, s135", "scalar register s135 (operand 's135') is outside the register space"},
+      {"s_mov_b64 s[252:253], s[0:1]",
+       "scalar register s252 (operand 's[252:253]') is outside the register space"},
+      {"s_load_dwordx8 s[24:2532], s[0:1], 0x0",
+       "scalar register s135 (operand 's[24:2532]') is outside the register space"},
+      {"v_readfirstlane_b32 s200, v0",
+       "scalar register s200 (operand 's200') is outside the register space"},
+      {"v_add_co_u32 v0, vcc, s[130:140], v0",
+       "scalar register s135 (operand 's[130:140]') is outside the register space"},
+  };
+  for (const Case& c : cases) {
+    for (bool reached : {true, false}) {
+      std::vector<Invocation> program = reached
+                                            ? Program({"s_nop 0", c.line, "s_endpgm"})
+                                            : Program({"s_nop 0", "s_endpgm", c.line, "s_endpgm"});
+      for (size_t i = 0; i < program.size(); ++i) program[i].SetSourceLine(i + 10);
+      const auto [line, message] =
+          ListingErrorOf([&] { StallCycleAnalysis::AnalyzeStallCycles(program, false); });
+      EXPECT_EQ(message, c.message) << c.line;
+      EXPECT_EQ(line, !c.message[0] ? 0u : reached ? 11u : 12u) << c.line;
+    }
+  }
+}
+
 TEST_F(StallAnalysisTest, EndlessLoopHasNoReportableEnd) {
   const auto program = Program({"A:", "s_branch label_A"});
   EXPECT_THROW(StallCycleAnalysis::AnalyzeStallCycles(program, false), AnalysisError);

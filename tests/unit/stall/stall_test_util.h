@@ -14,6 +14,7 @@
 #include "stall/hardware_state.h"
 #include "stall/scoreboard.h"
 #include "timing/invocation_dependency_info.h"
+#include "util/analysis_error.h"
 
 namespace vesk::testing {
 
@@ -51,8 +52,12 @@ class StallTest : public ::testing::Test {
                               std::move(labels));
     return invocations_.back();
   }
-  const InvocationDependencyInfo& Info(const std::string& line) {
-    infos_.push_back(std::make_unique<InvocationDependencyInfo>(Inv(line)));
+  const InvocationDependencyInfo& Info(const std::string& line) { return InfoAt(0, line); }
+  // The same for an instruction on the given listing line.
+  const InvocationDependencyInfo& InfoAt(uint32_t sourceLine, const std::string& line) {
+    Inv(line);
+    invocations_.back().SetSourceLine(sourceLine);
+    infos_.push_back(std::make_unique<InvocationDependencyInfo>(invocations_.back()));
     return *infos_.back();
   }
 
@@ -78,6 +83,18 @@ inline HardwareUsage Units(std::initializer_list<InstructionUnit> units) {
   HardwareUsage usage;
   for (InstructionUnit u : units) usage |= u;
   return usage;
+}
+
+// Runs `f` and returns the line and message of the listing error it throws;
+// line 0 and an empty message when it throws none.
+template <typename F>
+std::pair<uint32_t, std::string> ListingErrorOf(F&& f) {
+  try {
+    f();
+  } catch (const ListingError& error) {
+    return {error.Line(), error.what()};
+  }
+  return {0, ""};
 }
 
 inline std::vector<int> ExecuteLengths(const Scoreboard& board) {
