@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "timing/operand_number.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -51,12 +52,14 @@ int GetVGPRBankPenalty(const InvocationDependencyInfo& info) {
 
 // Operand value of the per-counter wait forms: a decimal number when the
 // text starts with one or two digits; anything else (e.g. hexadecimal) is 0.
-int ReadWaitOperand(const std::vector<std::string>& args, size_t i) {
+int ReadWaitOperand(const Invocation& invocation, size_t i) {
+  const std::vector<std::string>& args = invocation.GetArgs();
   if (i >= args.size()) return 0;
   const std::string& text = args[i];
   auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
   if (!text.empty() && isDigit(text[0]) && (text.size() == 1 || isDigit(text[1])))
-    return std::stoi(text);
+    return ConvertOperandNumber(invocation, "wait count", text, 32,
+                                [&] { return std::stoi(text); });
   return 0;
 }
 
@@ -370,9 +373,12 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
   // A wait that names no queue waits for nothing.
   if (queue < 0) return StallLength(0);
 
-  const int64_t count = name == "s_waitcnt" ? ExtractNewCountFromWaitArgument(first)
-                                            : static_cast<int64_t>(ReadWaitOperand(args, 0)) +
-                                                  ReadWaitOperand(args, 1);
+  const Invocation& invocation = info.GetInvocation();
+  const int64_t count =
+      name == "s_waitcnt"
+          ? ConvertOperandNumber(invocation, "wait count", first, 32,
+                                 [&] { return ExtractNewCountFromWaitArgument(first); })
+          : static_cast<int64_t>(ReadWaitOperand(invocation, 0)) + ReadWaitOperand(invocation, 1);
   const int64_t toPop = static_cast<int64_t>(queues_.Size(queue)) - count;
 
   // Pop the oldest (size - count) operations; a count above the queue size

@@ -9,6 +9,8 @@
 #include <fmt/format.h>
 
 #include "stall/hardware_state.h"
+#include "timing/operand_number.h"
+#include "util/analysis_error.h"
 #include "util/fatal_exit.h"
 
 namespace vesk {
@@ -275,9 +277,14 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
 
   if (info.IsWaitCnt()) {
     if (info.IsWaitCntDepCtr()) {
-      const std::vector<std::string>& args = info.GetInvocation().GetArgs();
-      const unsigned mask16 = static_cast<unsigned>(
-          ExtractMaskFromHexValue(args.empty() ? std::string() : args[0]) & 0xFFFFu);
+      const Invocation& invocation = info.GetInvocation();
+      const std::vector<std::string>& args = invocation.GetArgs();
+      if (args.empty())
+        throw ListingError(invocation.GetSourceLine(), "s_waitcnt_depctr has no mask operand");
+      const unsigned long mask =
+          ConvertOperandNumber(invocation, "s_waitcnt_depctr mask", args[0], 64,
+                               [&] { return ExtractMaskFromHexValue(args[0]); });
+      const unsigned mask16 = static_cast<unsigned>(mask & 0xFFFFu);
       auto allPass = [&] {
         for (const DepCtrField& field : kDepCtrFields)
           if (!DepCtrFieldPasses(c, field, mask16)) return false;

@@ -5,7 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include <fmt/format.h>
+
 #include "timing/invocation_dependency_info.h"
+#include "timing/operand_number.h"
+#include "util/analysis_error.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -31,9 +35,13 @@ LatencyBaseData InvocationDependencyInfo::GetLatencyBaseData() const {
     if (StartsWithAny(operand, {"row_shl", "row_shr", "row_ror", "row_mirror", "row_share"})) {
       data.isRowDpp = true;
     } else if (operand.starts_with("row_xmask")) {
-      // "row_xmask:<n>"; a malformed mask throws from the conversion.
-      if (ParseInt(arg.substr(10)) >= 8)
-        data.isRowDpp = true;
+      // "row_xmask:<n>": the lane mask follows the name and one separator.
+      if (operand.size() < 10)
+        throw ListingError(invocation_->GetSourceLine(),
+                           fmt::format("row_xmask operand '{}' has no lane mask", operand));
+      const int mask = ConvertOperandNumber(*invocation_, "row_xmask operand", operand, 32,
+                                            [&] { return ParseInt(arg.substr(10)); });
+      if (mask >= 8) data.isRowDpp = true;
     }
   }
 
@@ -88,8 +96,7 @@ void InvocationDependencyInfo::UpdateLatencies() {
     set(1, 15, 1);
   }
 
-  if (b.isRowDpp)
-    issueLatency_ += 1;
+  if (b.isRowDpp) issueLatency_ += 1;
 
   // Completion of memory, GDS and message operations is only known through
   // the hardware counters.
@@ -98,8 +105,7 @@ void InvocationDependencyInfo::UpdateLatencies() {
   }
 
   // Program-counter reads and mode/register writes drain the pipeline.
-  if (IsPCReadEtc())
-    set(1, 15, 16);
+  if (IsPCReadEtc()) set(1, 15, 16);
 }
 
 std::string InvocationDependencyInfo::LatenciesToString() const {

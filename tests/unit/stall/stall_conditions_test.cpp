@@ -256,6 +256,41 @@ TEST_F(StallConditionsTest, UnresolvedLoadIsFatal) {
               "buffer_load_dword\\. Aborting\\.\n$");
 }
 
+// Malformed numbers in wait operands are listing errors naming the line and
+// the operand. Operands the wait rules never read as numbers stay harmless.
+TEST_F(StallConditionsTest, MalformedWaitNumbers) {
+  struct Case {
+    const char* line;
+    const char* message;  // "" when the wait is accepted
+  };
+  const Case cases[] = {
+      {"s_waitcnt vmcnt(99999999999)", "wait count 'vmcnt(99999999999)' does not fit 32 bits"},
+      {"s_waitcnt lgkmcnt(4294967296)", "wait count 'lgkmcnt(4294967296)' does not fit 32 bits"},
+      {"s_waitcnt vmcnt(x)", "wait count 'vmcnt(x)' is not a number"},
+      {"s_waitcnt vmcnt", "wait count 'vmcnt' is not a number"},
+      {"s_waitcnt expcnt()", "wait count 'expcnt()' is not a number"},
+      {"s_waitcnt_vscnt null, 99999999999", "wait count '99999999999' does not fit 32 bits"},
+      {"s_waitcnt_vmcnt 12345678901, 0", "wait count '12345678901' does not fit 32 bits"},
+      {"s_waitcnt_depctr", "s_waitcnt_depctr has no mask operand"},
+      {"s_waitcnt_depctr 0x1ffffffffffffffff",
+       "s_waitcnt_depctr mask '0x1ffffffffffffffff' does not fit 64 bits"},
+      {"s_waitcnt_depctr zz", "s_waitcnt_depctr mask 'zz' is not a number"},
+      // Read as 0: hexadecimal or non-digit operands of the per-counter forms.
+      {"s_waitcnt_vscnt null, 0x99999999999", ""},
+      {"s_waitcnt_vmcnt x, 0", ""},
+      // A wait selecting no queue is done before its count is read.
+      {"s_waitcnt 99999999999", ""},
+      {"s_waitcnt_depctr 0xffff", ""},
+  };
+  for (const Case& c : cases) {
+    const InvocationDependencyInfo& info = InfoAt(12, c.line);
+    HardwareState state;
+    const auto [line, message] = ListingErrorOf([&] { state.Step(info, 0, false); });
+    EXPECT_EQ(message, c.message) << c.line;
+    EXPECT_EQ(line, c.message[0] ? 12u : 0u) << c.line;
+  }
+}
+
 TEST(WaitArgumentTest, CountParsing) {
   struct Case {
     const char* text;

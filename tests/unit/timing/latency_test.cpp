@@ -1,9 +1,9 @@
 // Issue, execute and visibility latencies per instruction kind, including the
 // later rules overriding the earlier ones and the DPP operand traits.
-#include <stdexcept>
 
 #include "timing/latency_model.h"
 #include "timing_test_util.h"
+#include "util/analysis_error.h"
 
 namespace vesk::testing {
 namespace {
@@ -77,9 +77,40 @@ TEST_F(LatencyTest, TotalsAndText) {
             "Issue latency:\t16\nExecute latency:\t15\nVisibility latency:\t6\n");
 }
 
-TEST_F(LatencyTest, MalformedRowXmaskThrows) {
-  EXPECT_THROW(Info("v_add_f32", {"v0", "v1", "v2", "row_xmask"}), std::out_of_range);
-  EXPECT_THROW(Info("v_add_f32", {"v0", "v1", "v2", "row_xmask:x"}), std::invalid_argument);
+// A malformed DPP lane mask is a listing error naming the line and the
+// operand; well-formed masks around the half-row boundary still decide the
+// extra issue cycle.
+TEST_F(LatencyTest, RowXmaskOperands) {
+  struct Case {
+    const char* operand;
+    int issue;            // -1: the operand is rejected
+    const char* message;  // the listing error's text
+  };
+  const Case cases[] = {
+      {"row_xmask:7", 1, ""},
+      {"row_xmask:8", 2, ""},
+      {"row_xmask:15", 2, ""},
+      {"row_xmask", -1, "row_xmask operand 'row_xmask' has no lane mask"},
+      {"row_xmask:", -1, "row_xmask operand 'row_xmask:' is not a number"},
+      {"row_xmask:x", -1, "row_xmask operand 'row_xmask:x' is not a number"},
+      {"row_xmask:99999999999", -1,
+       "row_xmask operand 'row_xmask:99999999999' does not fit 32 bits"},
+  };
+  for (const Case& c : cases) {
+    Invocation invocation(set_, "v_mov_b32", {"v1", "v2", c.operand}, {}, {});
+    invocation.SetSourceLine(7);
+    if (c.issue >= 0) {
+      EXPECT_EQ(InvocationDependencyInfo(invocation).GetIssueLatency(), c.issue) << c.operand;
+      continue;
+    }
+    try {
+      InvocationDependencyInfo info(invocation);
+      ADD_FAILURE() << c.operand << " accepted";
+    } catch (const ListingError& error) {
+      EXPECT_EQ(error.Line(), 7u);
+      EXPECT_STREQ(error.what(), c.message);
+    }
+  }
 }
 
 }  // namespace
