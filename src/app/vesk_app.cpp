@@ -6,11 +6,17 @@
 #include <optional>
 #include <string>
 
+#include <fmt/format.h>
+
 #include "app/cfg_dumper.h"
 #include "app/liveness_analyzer.h"
 #include "app/opcode_histogram_dumper.h"
 #include "app/stall_cycle_analyzer.h"
+#include "readers/llvm_listing_reader.h"
+#include "readers/llvm_processors.h"
+#include "util/analysis_error.h"
 #include "util/read_text.h"
+#include "util/string_helpers.h"
 
 namespace {
 
@@ -19,16 +25,43 @@ CLI::Option* AddFlag(CLI::App* command, const char* name, const std::string& des
   return command->add_flag(name, description);
 }
 
+// "--isa" takes a generation name, or an LLVM processor name that stands for
+// its generation (gfx1010 is gfx10); letter case does not matter. Any other
+// name fails the command line with the allowed set, and with the processors
+// when the name looks like one.
+std::string CheckIsaName(std::string& value) {
+  const std::string lower = vesk::ToLower(value);
+  for (const char* generation : {"gfx7", "gfx8", "gfx9", "gfx10"}) {
+    if (lower == generation) {
+      value = generation;
+      return {};
+    }
+  }
+  if (const std::string generation = vesk::GenerationOfProcessor(lower); !generation.empty()) {
+    value = generation;
+    return {};
+  }
+  std::string message = value + " not in {gfx7,gfx8,gfx9,gfx10}";
+  if (lower.starts_with("gfx") && lower.size() > 5) {
+    message += fmt::format(", nor an LLVM processor with an instruction table ({})",
+                           vesk::SupportedProcessorNames());
+  }
+  return message;
+}
+
 }  // namespace
 
 VeskApp::VeskApp() : CLI::App("Vesk 3.0", "") {
   set_help_flag("-h,--help", "Print this help message and exit");
   isa = "gfx10";
   inputType = "auto";
-  add_option("--isa,-i", isa, "")
-      ->transform(CLI::IsMember({"gfx7", "gfx8", "gfx9", "gfx10"}, CLI::ignore_case));
+  isaOption =
+      add_option("--isa,-i", isa, "")
+          ->transform(CLI::Validator(CheckIsaName, "{gfx7,gfx8,gfx9,gfx10,gfx700..gfx1013}"));
   add_option("--input-type, -t", inputType, "")
-      ->transform(CLI::IsMember({"hsail", "sc", "sa", "raw", "auto"}, CLI::ignore_case));
+      ->transform(CLI::IsMember({"hsail", "sc", "sa", "raw", "auto", "llvm"}, CLI::ignore_case));
+  add_option("--function", functionName,
+             "Analyse only this function of a listing that holds several (LLVM input)");
   ConfigureCommands();
 }
 
@@ -110,6 +143,7 @@ std::unique_ptr<vesk::IsaReader> VeskApp::CreateIsaReader() const {
   if (inputType == "sc") return std::make_unique<vesk::ShaderDumpIsaReader>();
   if (inputType == "sa") return std::make_unique<vesk::ShaderAnalyzerIsaReader>();
   if (inputType == "raw") return std::make_unique<vesk::RawIsaReader>();
+  if (inputType == "llvm") return std::make_unique<vesk::LlvmIsaReader>();
   return std::make_unique<vesk::AutoIsaReader>();
 }
 
@@ -134,12 +168,75 @@ void VeskApp::ApplyPathsInCommandLineOrder() {
   }
 }
 
+std::unique_ptr<BaseVeskAppTask> VeskApp::CreateTask() {
+  if (analyseLivenessCommand->parsed()) {
+    const uint32_t options =
+        (summaryFlag->count() ? AnalyzeLiveness::summaryOnly : 0u) +
+        (removeStartLinesFlag->count() ? AnalyzeLiveness::removeStartLines : 0u);
+    return std::make_unique<LivenessAnalyzer>(inputStream, outputStream,
+                                              static_cast<AnalyzeLiveness::Options>(options));
+  }
+  if (dumpBbCfgCommand->parsed()) {
+    return std::make_unique<CFGDumper>(inputStream, outputStream,
+                                       compactFlag->count() ? CompactBasicBlocks : BasicBlocks);
+  }
+  if (dumpPiCfgCommand->parsed()) {
+    return std::make_unique<CFGDumper>(inputStream, outputStream, PerInstruction);
+  }
+  if (opcodeHistogramCommand->parsed()) {
+    return std::make_unique<OpcodeHistogramDumper>(inputStream, outputStream, groupBy);
+  }
+  // Only the exact text "64" selects wave64; anything else is wave32.
+  return std::make_unique<StallCycleAnalyzer>(inputStream, outputStream, waveSize == "64",
+                                              gapsFlag->count() != 0);
+}
+
+std::string VeskApp::ChooseGeneration() {
+  // Only an LLVM assembly listing names its processor (.amdgcn_target), and
+  // an explicit --isa wins over it.
+  if (isaOption->count() || printInstructionsCommand->parsed()) return isa;
+  const bool llvm = inputType == "llvm" ||
+                    (inputType == "auto" && dynamic_cast<vesk::LlvmIsaReader*>(
+                                                vesk::AutoIsaReader::Detect(inputStream).get()));
+  if (!llvm) return isa;
+  const vesk::StatedProcessor stated = vesk::FindStatedProcessor(inputStream.view());
+  if (stated.line == 0) return isa;
+  const std::string generation = vesk::GenerationOfProcessor(stated.name);
+  if (generation.empty()) {
+    throw vesk::ListingError(
+        stated.line, fmt::format("target processor '{}' has no instruction table; supported: {} "
+                                 "(--isa chooses a table explicitly)",
+                                 stated.name, vesk::SupportedProcessorNames()));
+  }
+  return generation;
+}
+
+void VeskApp::SelectFunction(std::vector<vesk::ListingProgram>& programs) const {
+  if (functionName.empty()) return;
+  std::vector<std::string> names;
+  for (vesk::ListingProgram& program : programs) {
+    if (!program.name.empty() && program.name == functionName) {
+      vesk::ListingProgram selected = std::move(program);
+      programs.clear();
+      programs.push_back(std::move(selected));
+      return;
+    }
+    if (!program.name.empty()) names.push_back(program.name);
+  }
+  throw vesk::AnalysisError(
+      names.empty()
+          ? fmt::format("No function named '{}': the listing has no named functions.", functionName)
+          : fmt::format("No function named '{}'; the listing holds: {}.", functionName,
+                        vesk::Join(", ", names.begin(), names.end())));
+}
+
 bool VeskApp::Execute() {
   ApplyPathsInCommandLineOrder();
   if (!CreateInputStream()) return false;
   CreateOutputStream();
 
-  std::unique_ptr<vesk::InstructionSet> instructionSet = vesk::CreateInstructionSet(isa);
+  std::unique_ptr<vesk::InstructionSet> instructionSet =
+      vesk::CreateInstructionSet(ChooseGeneration());
   if (!instructionSet) return false;
 
   if (printInstructionsCommand->parsed()) {
@@ -150,37 +247,31 @@ bool VeskApp::Execute() {
   std::unique_ptr<vesk::IsaReader> reader = CreateIsaReader();
   if (!reader) return false;
 
-  std::unique_ptr<BaseVeskAppTask> task;
-  if (analyseLivenessCommand->parsed()) {
-    const uint32_t options =
-        (summaryFlag->count() ? AnalyzeLiveness::summaryOnly : 0u) +
-        (removeStartLinesFlag->count() ? AnalyzeLiveness::removeStartLines : 0u);
-    task = std::make_unique<LivenessAnalyzer>(inputStream, outputStream,
-                                              static_cast<AnalyzeLiveness::Options>(options));
-  } else if (dumpBbCfgCommand->parsed()) {
-    task = std::make_unique<CFGDumper>(inputStream, outputStream,
-                                       compactFlag->count() ? CompactBasicBlocks : BasicBlocks);
-  } else if (dumpPiCfgCommand->parsed()) {
-    task = std::make_unique<CFGDumper>(inputStream, outputStream, PerInstruction);
-  } else if (opcodeHistogramCommand->parsed()) {
-    task = std::make_unique<OpcodeHistogramDumper>(inputStream, outputStream, groupBy);
-  } else if (stallCyclesCommand->parsed()) {
-    // Only the exact text "64" selects wave64; anything else is wave32.
-    task = std::make_unique<StallCycleAnalyzer>(inputStream, outputStream, waveSize == "64",
-                                                gapsFlag->count() != 0);
-  }
+  // A listing of several functions is analysed one function at a time, in
+  // listing order; the report of each is headed by the function's name (a
+  // comment line in dot output, so the file still renders). Layouts that
+  // hold one unnamed program print their report alone.
+  std::vector<vesk::ListingProgram> programs = reader->ReadPrograms(inputStream, *instructionSet);
+  SelectFunction(programs);
+  const bool headers = functionName.empty() && !programs.empty() && !programs[0].name.empty();
+  const bool dot = dumpBbCfgCommand->parsed() || dumpPiCfgCommand->parsed();
+  if (programs.empty()) programs.emplace_back();
 
-  task->instructionSet = instructionSet.get();
-  task->invocations = reader->Parse(task->input, *instructionSet);
-
-  bool result;
-  if (task->invocations.empty()) {
-    *task->output << "Could not find any invocations." << std::endl;
-    result = false;
-  } else {
-    result = task->InvokeImpl();
+  bool result = true;
+  for (vesk::ListingProgram& program : programs) {
+    std::unique_ptr<BaseVeskAppTask> task = CreateTask();
+    task->instructionSet = instructionSet.get();
+    task->invocations = std::move(program.invocations);
+    if (headers) *task->output << (dot ? "// Function " : "Function ") << program.name << '\n';
+    if (task->invocations.empty()) {
+      *task->output << "Could not find any invocations." << std::endl;
+      result = false;
+    } else {
+      result = task->InvokeImpl();
+    }
+    task.reset();
+    if (!result) break;
   }
-  task.reset();
   reader.reset();
   instructionSet.reset();
   return result;

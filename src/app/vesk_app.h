@@ -7,9 +7,11 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "app/base_task.h"
 #include "isa/instruction_set.h"
 #include "readers/isa_reader.h"
 
@@ -28,11 +30,19 @@ class VeskApp : public CLI::App {
   void CreateOutputStream();
   std::unique_ptr<vesk::IsaReader> CreateIsaReader() const;
   void PrintISAInstructions(const vesk::InstructionSet& instructionSet);
+  std::unique_ptr<BaseVeskAppTask> CreateTask();
+  // The generation to analyse for: --isa when given, else the processor an
+  // LLVM listing names, else the default.
+  std::string ChooseGeneration();
+  // With --function, keeps only that program; an unknown name fails the run.
+  void SelectFunction(std::vector<vesk::ListingProgram>& programs) const;
 
   std::string inputPath;
   std::string outputPath;
   std::string isa;
   std::string inputType;
+  std::string functionName;
+  CLI::Option* isaOption = nullptr;
   std::stringstream inputStream;
   std::ostream* outputStream = nullptr;
   std::ofstream outputFile;
