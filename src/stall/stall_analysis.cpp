@@ -94,14 +94,16 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
   return true;
 }
 
-void RunFixpointIteration(const BasicBlockStateMap& states,
-                          const std::unordered_set<std::string>& usedLabels, bool isWave64,
-                          std::vector<BasicBlockState>& allStates, BasicBlockState* startState) {
+int RunFixpointIteration(const BasicBlockStateMap& states,
+                         const std::unordered_set<std::string>& usedLabels, bool isWave64,
+                         std::vector<BasicBlockState>& allStates, BasicBlockState* startState) {
   if (startState == nullptr) ExitFatally("Error: Could not find start basic block. Aborting.");
   // Merges only add in-flight operations and raise busy counts, so the
   // passes end.
+  int passes = 0;
   bool changed = true;
   while (changed) {
+    ++passes;
     for (BasicBlockState& state : allStates) state.SetupFixpointIterationStep();
     std::deque<BasicBlockState*> work{startState};
     changed = false;
@@ -123,10 +125,11 @@ void RunFixpointIteration(const BasicBlockStateMap& states,
       for (const BasicBlock* successor : successors) work.push_back(states.at(successor));
     }
   }
+  return passes;
 }
 
 StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
-    const std::vector<Invocation>& invocations, bool isWave64) {
+    const std::vector<Invocation>& invocations, bool isWave64, int* passes) {
   const std::unordered_set<std::string> usedLabels = GetUsedLabels(invocations);
   const BasicBlockList blocks = CreateBasicBlocksFromInvocations(invocations);
 
@@ -146,7 +149,8 @@ StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
       break;
     }
   }
-  RunFixpointIteration(stateOf, usedLabels, isWave64, states, start);
+  const int passCount = RunFixpointIteration(stateOf, usedLabels, isWave64, states, start);
+  if (passes != nullptr) *passes = passCount;
   return FormatOutput(blocks, stateOf);
 }
 

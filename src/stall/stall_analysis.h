@@ -62,16 +62,20 @@ class BasicBlockState {
 
 using BasicBlockStateMap = std::unordered_map<const BasicBlock*, BasicBlockState*>;
 
-void RunFixpointIteration(const BasicBlockStateMap& states,
-                          const std::unordered_set<std::string>& usedLabels, bool isWave64,
-                          std::vector<BasicBlockState>& allStates, BasicBlockState* startState);
+// Runs passes over the blocks until one changes no exit state; returns the
+// number of passes, the last (unchanging) one included.
+int RunFixpointIteration(const BasicBlockStateMap& states,
+                         const std::unordered_set<std::string>& usedLabels, bool isWave64,
+                         std::vector<BasicBlockState>& allStates, BasicBlockState* startState);
 
 class StallCycleAnalysis {
  public:
   using Result =
       std::vector<std::pair<const Invocation*, std::pair<StallDescription, StallDescription>>>;
 
-  static Result AnalyzeStallCycles(const std::vector<Invocation>& invocations, bool isWave64);
+  // `passes`, when given, receives the number of fixpoint passes.
+  static Result AnalyzeStallCycles(const std::vector<Invocation>& invocations, bool isWave64,
+                                   int* passes = nullptr);
   // Per-instruction stalls in program order of the blocks that lie on a path
   // from the entry to the exit.
   static Result FormatOutput(const BasicBlockList& blocks, const BasicBlockStateMap& states);

@@ -81,6 +81,51 @@ TEST_F(StallAnalysisTest, Wave64CostsVectorInstructionsACycle) {
             (std::vector<int>{0, 0, 2, 0}));
 }
 
+// Passes until nothing changes: the last pass changes no exit state. A loop
+// that keeps issuing loads without waiting for them still converges: the
+// second pass adds the loop's own load once more to its exit state, but the
+// merge into the loop's entry finds every operation already pending there.
+TEST_F(StallAnalysisTest, FixpointPassCounts) {
+  struct Case {
+    const char* name;
+    std::vector<std::string> lines;
+    int passes;
+  };
+  std::vector<std::string> manyLoads = {"s_mov_b32 s0, 0", "LOOP:"};
+  for (int i = 0; i < 25; ++i) manyLoads.push_back("buffer_load_dword v1, v0, s[4:7], 0 offen");
+  for (const char* line :
+       {"s_add_u32 s0, s0, 1", "s_cmp_lt_u32 s0, 64", "s_cbranch_scc1 label_LOOP", "s_endpgm"})
+    manyLoads.push_back(line);
+  const Case cases[] = {
+      {"one block", {"v_add_f32 v0, v1, v2", "s_endpgm"}, 2},
+      {"two blocks", {"v_add_f32 v0, v1, v2", "s_cbranch_scc1 label_END", "END:", "s_endpgm"}, 2},
+      {"loop keeping a load in flight",
+       {"s_mov_b32 s0, 0", "LOOP:", "buffer_load_dword v1, v0, s[4:7], 0 offen",
+        "s_add_u32 s0, s0, 1", "s_cmp_lt_u32 s0, 64", "s_cbranch_scc1 label_LOOP", "s_endpgm"},
+       3},
+      {"loop keeping loads in flight in two queues",
+       {"s_mov_b32 s0, 0", "LOOP:", "buffer_load_dword v1, v0, s[4:7], 0 offen",
+        "s_load_dword s8, s[2:3], 0x0", "ds_read_b32 v2, v0", "s_add_u32 s0, s0, 1",
+        "s_cmp_lt_u32 s0, 64", "s_cbranch_scc1 label_LOOP", "s_endpgm"},
+       3},
+      // The second pass simulates the loop again with the latch's load, but
+      // the wait leaves the same exit state.
+      {"loop waiting in its header for the latch's load",
+       {"s_load_dword s4, s[2:3], 0x0", "LOOP:", "s_waitcnt lgkmcnt(0)", "s_add_u32 s0, s0, s4",
+        "s_cmp_lt_u32 s0, 64", "s_load_dword s4, s[2:3], 0x0", "s_cbranch_scc1 label_LOOP",
+        "s_endpgm"},
+       2},
+      // More loads in flight on one register than the scoreboard ring holds.
+      {"loop with 25 loads of one register", manyLoads, 3},
+  };
+  for (const Case& c : cases) {
+    const auto program = Program(c.lines);
+    int passes = 0;
+    StallCycleAnalysis::AnalyzeStallCycles(program, false, &passes);
+    EXPECT_EQ(passes, c.passes) << c.name;
+  }
+}
+
 // s128 to s134 are the special registers by number; anything beyond lies
 // outside the register space and is rejected before simulation, wherever it
 // stands (source or destination) and whether or not the block is reached.
