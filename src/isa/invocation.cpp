@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <stdexcept>
 #include <string_view>
 
 #include "util/fatal_exit.h"
@@ -45,49 +46,63 @@ Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
   ComputeUsedOperands();
 }
 
-Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
-                       std::vector<std::string> args_, std::vector<std::string> modifiers_,
-                       std::vector<std::string> labels_, std::string target_)
-    : instruction(&unknownInstruction_),
-      args(std::move(args_)),
-      modifiers(std::move(modifiers_)),
-      labels(std::move(labels_)) {
-  if (const Instruction* record = set.Find(opcode.c_str())) instruction = record;
-  if (instruction->IsBranch() || instruction->IsJump()) target = std::move(target_);
-  ComputeUsedOperands();
-}
-
 namespace {
+
+// A register number of `operand`; `what` names its place in the operand
+// ("register index", "register range bound") for the error message.
+int ReadRegisterNumber(std::string_view digits, std::string_view operand, const char* what) {
+  try {
+    return ParseIntView(digits);
+  } catch (const std::out_of_range&) {
+    throw OperandError(std::string(what) + " in '" + std::string(operand) +
+                       "' does not fit 32 bits");
+  } catch (const std::invalid_argument&) {
+    throw OperandError(std::string(what) + " in '" + std::string(operand) + "' is not a number");
+  }
+}
 
 // Calls `visit(index, type)` for every general-purpose register that one
 // operand text names, in order. The work is done on views of the text: the
 // readers hand over hundreds of thousands of operands.
 template <typename Visit>
-void ForEachRegister(std::string_view s, Visit&& visit) {
-  // Peel modifier wrappers such as abs(...) and neg(...), nested ones too.
+void ForEachRegister(const std::string_view operand, Visit&& visit) {
+  std::string_view s = operand;
+  // Peel modifier wrappers such as abs(...) and neg(...), nested ones too:
+  // each round keeps the text between the first "(" and the last ")", or all
+  // after the "(" when no ")" follows it. From then on no ")" can turn up in
+  // what is left, so the later rounds only skip to the next "(". Every
+  // character is scanned at most twice, however deep the nesting.
+  bool closing = true;
   for (size_t open = s.find('('); open != std::string_view::npos; open = s.find('(')) {
-    const size_t close = s.rfind(')');
-    s = (close == std::string_view::npos || close < open) ? s.substr(open + 1)
-                                                          : s.substr(open + 1, close - open - 1);
+    if (closing) {
+      const size_t close = s.rfind(')');
+      if (close != std::string_view::npos && close > open) {
+        s = s.substr(open + 1, close - open - 1);
+        continue;
+      }
+      closing = false;
+    }
+    s.remove_prefix(open + 1);
   }
   if (!s.empty() && s[0] == '-') s.remove_prefix(1);
 
   if (s.size() >= 2 && (s[0] == 'v' || s[0] == 's') && (s[1] == '[' || IsDigit(s[1]))) {
     const RegisterType type = s[0] == 'v' ? VGPR : SGPR;
     if (s[1] != '[') {
-      visit(ParseIntView(s.substr(1)), type);
+      visit(ReadRegisterNumber(s.substr(1), operand, "register index"), type);
       return;
     }
     // v[4:7]: the text between "[" and the last character, split at ":".
     const std::string_view range = s.substr(2, s.size() - 3);
     const size_t colon = range.find(':');
-    const int lo = ParseIntView(range.substr(0, colon));
-    const int hi = ParseIntView(colon == std::string_view::npos ? std::string_view()
-                                                                : range.substr(colon + 1));
-    // Register numbers stop at 255; a wider range in malformed text is cut
-    // rather than enumerated.
-    const int last = std::min(hi, 511);
-    for (int index = lo; index <= last; ++index) visit(index, type);
+    const int lo = ReadRegisterNumber(range.substr(0, colon), operand, "register range bound");
+    const int hi = ReadRegisterNumber(
+        colon == std::string_view::npos ? std::string_view() : range.substr(colon + 1), operand,
+        "register range bound");
+    // Both register files are numbered 0 to 255; a range in malformed text
+    // that reaches beyond is cut to the file rather than walked.
+    const int last = std::min(hi, 255);
+    for (int index = std::max(lo, 0); index <= last; ++index) visit(index, type);
     return;
   }
   if (!s.empty() && s[0] == '[') {
@@ -100,7 +115,9 @@ void ForEachRegister(std::string_view s, Visit&& visit) {
       const std::string_view part = inner.substr(0, comma);
       if (!part.empty() && part[0] == 'v') type = VGPR;
       if (!part.empty() && part[0] == 's') type = SGPR;
-      if (part.size() >= 2 && IsDigit(part[1])) visit(ParseIntView(part.substr(1)), type);
+      if (part.size() >= 2 && IsDigit(part[1])) {
+        visit(ReadRegisterNumber(part.substr(1), operand, "register index"), type);
+      }
       if (comma == std::string_view::npos) break;
       inner.remove_prefix(comma + 1);
     }
