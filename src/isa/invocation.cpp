@@ -46,6 +46,18 @@ Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
   ComputeUsedOperands();
 }
 
+Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
+                       std::vector<std::string> args_, std::vector<std::string> modifiers_,
+                       std::vector<std::string> labels_, std::string target_)
+    : instruction(&unknownInstruction_),
+      args(std::move(args_)),
+      modifiers(std::move(modifiers_)),
+      labels(std::move(labels_)) {
+  if (const Instruction* record = set.Find(opcode.c_str())) instruction = record;
+  if (instruction->IsBranch() || instruction->IsJump()) target = std::move(target_);
+  ComputeUsedOperands();
+}
+
 namespace {
 
 // A register number of `operand`; `what` names its place in the operand

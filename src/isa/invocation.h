@@ -12,8 +12,17 @@
 #include "isa/instruction.h"
 #include "isa/instruction_set.h"
 #include "isa/registers.h"
+#include "util/analysis_error.h"
 
 namespace vesk {
+
+// A register number in an operand that cannot be read (not a number, or
+// beyond 32 bits), such as v99999999999 or v[x:3]. The message names the
+// operand; the readers add the listing line.
+class OperandError : public AnalysisError {
+ public:
+  explicit OperandError(const std::string& message) : AnalysisError(message) {}
+};
 
 class Invocation {
  public:
@@ -59,7 +68,9 @@ class Invocation {
   UnifiedRegisterSet GetWriteRegisters() const { return GetRegisterSet(Written); }
 
   // The general-purpose registers one operand text names: v5, s[0:3],
-  // [v1,s2], through abs()/neg() wrappers and a leading minus.
+  // [v1,s2], through abs()/neg() wrappers and a leading minus. A range is
+  // cut to the register file (0 to 255). Throws OperandError when a register
+  // number cannot be read.
   static std::vector<Register> ParseRegister(const std::string& operand);
 
   std::string ToString(bool withLabels, bool withModifiers) const;

@@ -3,8 +3,10 @@
 #include <cctype>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "readers/isa_reader.h"
+#include "util/analysis_error.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -136,6 +138,19 @@ void SplitOperands(const std::string& text, std::vector<std::string>& args,
   }
 }
 
+// Builds the invocation at the end of `invocations` and marks its listing
+// line. An operand whose register number cannot be read fails the listing at
+// that line.
+template <typename... Args>
+void AppendInvocation(std::vector<Invocation>& invocations, uint32_t line, Args&&... args) {
+  try {
+    invocations.emplace_back(std::forward<Args>(args)...);
+  } catch (const OperandError& error) {
+    throw ListingError(line, error.what());
+  }
+  invocations.back().SetSourceLine(line);
+}
+
 }  // namespace
 
 void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
@@ -155,9 +170,8 @@ void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
   std::vector<std::string> args;
   std::vector<std::string> modifiers;
   SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
-  invocations_.emplace_back(instructionSet_, opcode, std::move(args), std::move(modifiers),
-                            std::move(pendingLabels_));
-  invocations_.back().SetSourceLine(line);
+  AppendInvocation(invocations_, line, instructionSet_, opcode, std::move(args),
+                   std::move(modifiers), std::move(pendingLabels_));
   pendingLabels_.clear();
 }
 
@@ -168,9 +182,8 @@ void InstructionLineReader::ReadInstructionWithNamedTarget(const TokenLine& toke
   std::vector<std::string> modifiers;
   SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
   std::string target = args.empty() ? std::string() : args[0];
-  invocations_.emplace_back(instructionSet_, opcode, std::move(args), std::move(modifiers),
-                            std::move(pendingLabels_), std::move(target));
-  invocations_.back().SetSourceLine(line);
+  AppendInvocation(invocations_, line, instructionSet_, opcode, std::move(args),
+                   std::move(modifiers), std::move(pendingLabels_), std::move(target));
   pendingLabels_.clear();
 }
 

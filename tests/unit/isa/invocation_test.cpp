@@ -43,6 +43,16 @@ TEST(ParseRegister, OperandForms) {
       {"|v1|", {}},
       {"label_0004", {}},
       {"off", {}},
+      // Unbalanced wrappers: without a ")" after the "(", the rest is kept.
+      {"abs(neg(v3", {{3, VGPR}}},
+      {")abs(neg(v3", {{3, VGPR}}},
+      {"a)b(v4", {{4, VGPR}}},
+      {"abs(v3))", {{3, VGPR}}},
+      // Ranges are cut to the register file instead of walked.
+      {"v[-2:1]", {{0, VGPR}, {1, VGPR}}},
+      {"v[-2147483648:0]", {{0, VGPR}}},
+      {"s[253:2147483647]", {{253, SGPR}, {254, SGPR}, {255, SGPR}}},
+      {"v[256:2147483647]", {}},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(Invocation::ParseRegister(c.operand), c.expected) << c.operand;

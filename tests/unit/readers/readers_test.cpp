@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "util/analysis_error.h"
+
 namespace vesk {
 namespace {
 
@@ -164,6 +166,39 @@ TEST(FramedReaders, MismatchesThrowWithTheLineNumber) {
       c.reader->Parse(stream, set);
       ADD_FAILURE() << "no error for " << c.text;
     } catch (const std::runtime_error& error) {
+      EXPECT_EQ(std::string(error.what()), c.message);
+    }
+  }
+}
+
+TEST(Readers, UnreadableRegisterNumberFailsAtItsLine) {
+  const GFX10InstructionSet set;
+  RawIsaReader raw;
+  ShaderAnalyzerIsaReader sa;
+  AutoIsaReader detect;
+  struct Case {
+    IsaReader& reader;
+    std::string text;
+    uint32_t line;
+    std::string message;
+  };
+  const Case cases[] = {
+      {raw, "s_nop 0\n\nv_mov_b32 v99999999999, v1\n", 3,
+       "register index in 'v99999999999' does not fit 32 bits"},
+      {raw, "label_1:\nv_add_f32 v0, abs(v[x:3]), v1\n", 2,
+       "register range bound in 'abs(v[x:3])' is not a number"},
+      {sa, "shader main\ns_nop 0\ns_mov_b64 s[0?3], 0\nend\n", 3,
+       "register range bound in 's[0?3]' is not a number"},
+      {detect, "// x\ns_endpgm v[0:99999999999]\n", 2,
+       "register range bound in 'v[0:99999999999]' does not fit 32 bits"},
+  };
+  for (const Case& c : cases) {
+    std::stringstream stream(c.text);
+    try {
+      c.reader.Parse(stream, set);
+      ADD_FAILURE() << "no error for " << c.text;
+    } catch (const ListingError& error) {
+      EXPECT_EQ(error.Line(), c.line) << c.text;
       EXPECT_EQ(std::string(error.what()), c.message);
     }
   }
