@@ -47,12 +47,20 @@ std::vector<std::string_view> SplitTextLines(std::string_view text) {
 }
 
 bool IsLlvmListing(std::string_view text) {
-  for (std::string_view line : SplitTextLines(text)) {
-    line = TrimBlanks(line);
-    if (line.starts_with(".amdgcn_target") || line.starts_with(".amdhsa_kernel")) return true;
-    if (line.find("file format elf64-amdgpu") != std::string_view::npos) return true;
+  // Searched for in place: every listing read with automatic detection goes
+  // through here, however long. The directives count only as the first word
+  // of a line.
+  auto startsLine = [&](size_t position) {
+    while (position > 0 && IsBlank(text[position - 1])) --position;
+    return position == 0 || text[position - 1] == '\n';
+  };
+  for (const char* directive : {".amdgcn_target", ".amdhsa_kernel"}) {
+    for (size_t found = text.find(directive); found != std::string_view::npos;
+         found = text.find(directive, found + 1)) {
+      if (startsLine(found)) return true;
+    }
   }
-  return false;
+  return text.find("file format elf64-amdgpu") != std::string_view::npos;
 }
 
 bool IsLlvmObjdumpText(std::string_view text) {
