@@ -40,7 +40,7 @@ CC=clang-19 CXX=clang++-19 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_T
   -DVESK_BUILD_FUZZ=ON -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" --target vesk_fuzz
 
-# Seeds: every test listing, each behind a few configuration bytes (see
+# Seeds: every test listing and fixture, each behind a few configuration bytes (see
 # tests/fuzz/vesk_fuzz.cpp) so that every generation and reader starts with
 # real text; the checked-in regression inputs already carry theirs.
 seeds="$work/seeds"
@@ -55,13 +55,19 @@ add_seed() {  # config-byte (octal) file
 }
 while IFS= read -r -d '' file; do
   case "$(basename "$file")" in
-    args | expected_* | normalize) continue ;;
+    args | expected_* | normalize | Makefile | *.md | *.py | *.cl) continue ;;
   esac
   # gfx10 with the layout detected, wave32 and wave64 with gaps; the other
   # generations with the layout detected; gfx10 with each reader named.
-  for config in 023 163 020 021 022 003 007 013 017; do add_seed "$config" "$file"; done
+  for config in 027 167 024 025 026 003 007 013 017; do add_seed "$config" "$file"; done
+  # LLVM output also with its reader named, and with its processor directive
+  # choosing the generation.
+  if grep -q -e '\.amdgcn_target' -e 'file format elf64-amdgpu' "$file"; then
+    for config in 023 227 267; do add_seed "$config" "$file"; done
+  fi
 done < <(find "$root/tests/cli" -mindepth 3 -type f -not -path '*/expected_files/*' -print0; \
-         find "$root/tests/corpus" "$root/examples" -type f -name '*.isa' -print0)
+         find "$root/tests/corpus" "$root/examples" -type f -name '*.isa' -print0; \
+         find "$root/tests/fixtures" -type f -print0 2>/dev/null)
 if [ -d "$root/tests/fuzz/regressions" ]; then
   cp "$root/tests/fuzz/regressions/"* "$seeds/" 2>/dev/null || true
 fi

@@ -1,13 +1,15 @@
 // libFuzzer target: one input is a configuration byte followed by listing
-// text. The text goes through the chosen reader and then through every report
-// the command line can write, each into a memory stream, with the same task
-// classes the command line runs.
+// text. The text goes through the chosen reader and then, program by program,
+// through every report the command line can write, each into a memory stream,
+// with the same task classes the command line runs.
 //
 // Configuration byte (the first byte of the input):
 //   bits 0-1  generation: gfx7, gfx8, gfx9, gfx10
-//   bits 2-4  reader: raw, sa, hsail, sc; 4 to 7 detect the layout (auto)
+//   bits 2-4  reader: raw, sa, hsail, sc, llvm; 5 to 7 detect the layout (auto)
 //   bit 5     wave64 for the stall cycles
 //   bit 6     stall cycles drawn with gap rows
+//   bit 7     no generation given: an LLVM listing's target directive chooses
+//             it, as on a command line without --isa
 //
 // Expected outcomes, which end one report or the whole input quietly: a
 // listing error or analysis error (status 1 on the command line), a fatal
@@ -30,6 +32,8 @@
 #include "app/stall_cycle_analyzer.h"
 #include "isa/instruction_set.h"
 #include "readers/isa_reader.h"
+#include "readers/llvm_listing_reader.h"
+#include "readers/llvm_processors.h"
 #include "util/analysis_error.h"
 #include "util/fatal_exit.h"
 
@@ -47,9 +51,28 @@ std::unique_ptr<vesk::IsaReader> CreateReader(unsigned choice) {
       return std::make_unique<vesk::HSAILIsaReader>();
     case 3:
       return std::make_unique<vesk::ShaderDumpIsaReader>();
+    case 4:
+      return std::make_unique<vesk::LlvmIsaReader>();
     default:
       return std::make_unique<vesk::AutoIsaReader>();
   }
+}
+
+// The generation the command line reads with: the one given, or, without
+// --isa, the processor an LLVM listing states. An unknown stated processor
+// throws ListingError.
+std::string ChooseGeneration(const std::string& given, bool isaGiven, unsigned readerChoice,
+                             std::stringstream& input) {
+  if (isaGiven) return given;
+  const bool llvm = readerChoice == 4 ||
+                    (readerChoice > 4 && dynamic_cast<vesk::LlvmIsaReader*>(
+                                             vesk::AutoIsaReader::Detect(input).get()) != nullptr);
+  if (!llvm) return given;
+  const vesk::StatedProcessor stated = vesk::FindStatedProcessor(input.view());
+  if (stated.line == 0) return given;
+  const std::string generation = vesk::GenerationOfProcessor(stated.name);
+  if (generation.empty()) throw vesk::ListingError(stated.line, "no instruction table");
+  return generation;
 }
 
 // The deliberate framing failures of the two block-structured layouts.
@@ -82,18 +105,21 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return -1;
   const unsigned config = data[0];
-  const std::string generation = kGenerations[config & 3u];
   const unsigned readerChoice = (config >> 2) & 7u;
   const bool wave64 = (config & 0x20u) != 0;
   const bool showGaps = (config & 0x40u) != 0;
+  const bool isaGiven = (config & 0x80u) == 0;
 
-  const std::unique_ptr<vesk::InstructionSet> set = vesk::CreateInstructionSet(generation);
   std::stringstream input(std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
   std::ostringstream output;
 
-  std::vector<vesk::Invocation> program;
+  std::unique_ptr<vesk::InstructionSet> set;
+  std::vector<vesk::ListingProgram> programs;
   try {
-    program = CreateReader(readerChoice)->Parse(input, *set);
+    set = vesk::CreateInstructionSet(
+        ChooseGeneration(kGenerations[config & 3u], isaGiven, readerChoice, input));
+    if (!set) return 0;
+    programs = CreateReader(readerChoice)->ReadPrograms(input, *set);
   } catch (const vesk::FatalListingExit&) {
     return 0;
   } catch (const vesk::AnalysisError&) {
@@ -102,27 +128,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!IsFramingMismatch(error)) throw;
     return 0;
   }
-  if (program.empty()) return 0;
 
-  CFGDumper basicBlocks(input, &output, BasicBlocks);
-  RunTask(basicBlocks, *set, program);
-  CFGDumper compact(input, &output, CompactBasicBlocks);
-  RunTask(compact, *set, program);
-  CFGDumper perInstruction(input, &output, PerInstruction);
-  RunTask(perInstruction, *set, program);
+  // The command line stops at the first program without instructions.
+  for (const vesk::ListingProgram& listing : programs) {
+    const std::vector<vesk::Invocation>& program = listing.invocations;
+    if (program.empty()) break;
 
-  for (uint32_t options = 0; options < 4; ++options) {
-    LivenessAnalyzer liveness(input, &output, static_cast<AnalyzeLiveness::Options>(options));
-    RunTask(liveness, *set, program);
+    CFGDumper basicBlocks(input, &output, BasicBlocks);
+    RunTask(basicBlocks, *set, program);
+    CFGDumper compact(input, &output, CompactBasicBlocks);
+    RunTask(compact, *set, program);
+    CFGDumper perInstruction(input, &output, PerInstruction);
+    RunTask(perInstruction, *set, program);
+
+    for (uint32_t options = 0; options < 4; ++options) {
+      LivenessAnalyzer liveness(input, &output, static_cast<AnalyzeLiveness::Options>(options));
+      RunTask(liveness, *set, program);
+    }
+
+    for (const char* groupBy : {"", "operand-size", "instruction-class"}) {
+      OpcodeHistogramDumper histogram(input, &output, groupBy);
+      RunTask(histogram, *set, program);
+    }
+
+    // Only GFX10 simulates; the other generations take the refusal path.
+    StallCycleAnalyzer stalls(input, &output, wave64, showGaps);
+    RunTask(stalls, *set, program);
+    output.str(std::string());
   }
-
-  for (const char* groupBy : {"", "operand-size", "instruction-class"}) {
-    OpcodeHistogramDumper histogram(input, &output, groupBy);
-    RunTask(histogram, *set, program);
-  }
-
-  // Only GFX10 simulates; the other generations take the refusal path.
-  StallCycleAnalyzer stalls(input, &output, wave64, showGaps);
-  RunTask(stalls, *set, program);
   return 0;
 }
