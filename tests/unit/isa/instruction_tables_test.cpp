@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -33,6 +34,11 @@ struct TableShape {
   size_t readWritten;
   std::set<uint64_t> writtenMasks;
 };
+
+// Test names and failure lines show the generation, not the raw record.
+void PrintTo(const TableShape& shape, std::ostream* out) {
+  *out << shape.generation;
+}
 
 const std::set<uint64_t> kPlainWritten = {0x0, 0x1, 0x3};
 const std::set<uint64_t> kSdwaWritten = {0x0, 0x1, 0x3, 0x5, 0x9, 0x11};

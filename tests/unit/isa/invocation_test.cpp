@@ -4,10 +4,18 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 namespace vesk {
+
+// Failure lines show registers as written in a listing (v5, s12). Found by
+// argument-dependent lookup, so it lives in the namespace of Register.
+void PrintTo(const Register& reg, std::ostream* out) {
+  *out << (reg.type == VGPR ? "v" : reg.type == SGPR ? "s" : "?") << reg.index;
+}
+
 namespace {
 
 using Strings = std::vector<std::string>;

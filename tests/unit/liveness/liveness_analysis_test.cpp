@@ -79,6 +79,10 @@ const ReportCase kReportCases[] = {
      4,
      2},
     {"nothing live", {"s_endpgm"}, false, {"", "  0 |   | s_endpgm ", ""}, 0, 0},
+    // An empty program's graph has only its entry and exit nodes: two
+    // records without invocation, nothing live.
+    {"empty program", {}, false, {"", ""}, 0, 0},
+    {"empty program, start lines removed", {}, true, {"", ""}, 0, 0},
     {"highest register", {"v_mov_b32 v0, v255", "s_endpgm"}, false, {}, 255, 1},
     {"code after the end of program is left out",
      {"v_mov_b32 v0, v1", "s_endpgm", "s_nop 0", "v_mov_b32 v2, v3", "s_endpgm"},
@@ -99,6 +103,10 @@ TEST(LivenessAnalysisTest, RecordsInProgramOrder) {
     EXPECT_EQ(usage.maxRegisterIndex, c.maxRegisterIndex);
     EXPECT_EQ(usage.maxLiveCount, c.maxLiveCount);
     if (c.lines.empty()) continue;
+    for (size_t i = 0; i < states.size(); ++i) {
+      // Only the graph's entry and exit nodes stand for no instruction.
+      EXPECT_EQ(states[i].first == nullptr, i == 0 || i + 1 == states.size()) << i;
+    }
     std::vector<std::string> lines;
     for (const auto& state : states)
       lines.push_back(LivenessAnalysis::FormatRegisterUsage(state, usage));
