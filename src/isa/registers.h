@@ -208,7 +208,10 @@ class UnifiedRegisterSet {
   Half& GetSGPRSet() { return sgprs_; }
   const Half& GetSGPRSet() const { return sgprs_; }
 
+  // Ids above the vector registers are scalar (SGPR index = id - 256); an id
+  // outside both 256-wide halves (only from malformed text) is in no set.
   void Insert(RegisterID id) {
+    if (static_cast<uint32_t>(id) > 511) return;
     if (id > 255) {
       sgprs_.Insert(id - 256);
     } else {
@@ -218,7 +221,8 @@ class UnifiedRegisterSet {
   bool IsEmpty() const { return vgprs_.IsEmpty() && sgprs_.IsEmpty(); }
   int Count() const { return vgprs_.Count() + sgprs_.Count(); }
   bool Contains(RegisterID id) const {
-    return IsAnySGPR(id) ? sgprs_.Contains(GetSGPRIndex(id)) : vgprs_.Contains(GetVGPRIndex(id));
+    if (static_cast<uint32_t>(id) > 511) return false;
+    return id > 255 ? sgprs_.Contains(GetSGPRIndex(id)) : vgprs_.Contains(GetVGPRIndex(id));
   }
   // Highest index within its class; scalar registers win over vector ones.
   int Last() const;

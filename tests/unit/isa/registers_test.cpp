@@ -56,6 +56,22 @@ TEST(SmallIntSet, SetAlgebraAndIteration) {
   EXPECT_TRUE(SmallIntSet<256>().begin() == SmallIntSet<256>().end());
 }
 
+// Scalar numbers read from text run to s255 (ids up to 511), past the named
+// register space; ids beyond both halves are in no set rather than indexing
+// past the bits.
+TEST(UnifiedRegisterSet, IdsOutsideTheRegisterSpace) {
+  UnifiedRegisterSet set({456, 511, 512, -1, 100000});
+  EXPECT_EQ(std::vector<RegisterID>(set.begin(), set.end()), (std::vector<RegisterID>{456, 511}));
+  EXPECT_TRUE(set.Contains(456));
+  EXPECT_TRUE(set.GetSGPRSet().Contains(200));
+  for (RegisterID id : {-1, 200, 391, 512, 100000, -2147483647 - 1}) {
+    EXPECT_FALSE(set.Contains(id)) << id;
+  }
+  set.Insert(-5);
+  set.Insert(1 << 30);
+  EXPECT_EQ(set.Count(), 2);
+}
+
 TEST(UnifiedRegisterSet, IteratesVectorThenScalarAndReportsLastByClass) {
   const UnifiedRegisterSet set({3, 256, 384});
   EXPECT_TRUE(set.Contains(3));
