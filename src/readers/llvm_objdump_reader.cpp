@@ -3,7 +3,8 @@
 // carries a "// ADDRESS: ENCODING" comment. A branch shows its raw 16-bit
 // word offset from the next instruction; it is resolved to the instruction
 // it reaches, which gets a label named like objdump's own annotation
-// ("name+0x4c"). The padding after a function's last instruction
+// ("name+0x4c"), also when objdump names it itself (--symbolize-operands).
+// The padding after a function's last instruction
 // (s_code_end, s_nop) is not program.
 #include <charconv>
 #include <cstdint>
@@ -30,7 +31,18 @@ struct ObjdumpFunction {
   std::string name;
   uint64_t start;
   std::vector<ObjdumpInstruction> instructions;
+  // With --symbolize-operands, objdump names branch targets L0, L1, ... in
+  // headers of their own ("0000000000000038 <L0>:") and in the operands.
+  std::unordered_map<std::string, uint64_t> operandLabels;
 };
+
+// "L" followed by decimal digits only.
+bool IsOperandLabel(std::string_view name) {
+  if (name.size() < 2 || name[0] != 'L') return false;
+  for (char c : name.substr(1))
+    if (c < '0' || c > '9') return false;
+  return true;
+}
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
@@ -116,11 +128,17 @@ ListingProgram ReadFunction(ObjdumpFunction& function, const InstructionSet& ins
     const Instruction* record = instructionSet.Find(instruction.tokens[0].c_str());
     if (!record || !(record->IsBranch() || record->IsJump())) continue;
     int64_t offset = 0;
-    if (instruction.tokens.size() < 2 || !ReadWordOffset(instruction.tokens[1], offset)) {
+    uint64_t target = 0;
+    if (instruction.tokens.size() >= 2 && ReadWordOffset(instruction.tokens[1], offset)) {
+      target = instruction.address + instruction.size + static_cast<uint64_t>(offset * 4);
+    } else if (const auto label = instruction.tokens.size() >= 2
+                                      ? function.operandLabels.find(instruction.tokens[1])
+                                      : function.operandLabels.end();
+               label != function.operandLabels.end()) {
+      target = label->second;
+    } else {
       throw ListingError(instruction.line, "branch without a word offset as its operand");
     }
-    const uint64_t target =
-        instruction.address + instruction.size + static_cast<uint64_t>(offset * 4);
     const auto found = byAddress.find(target);
     if (found == byAddress.end()) {
       const bool inside = target >= function.start && target < end;
@@ -158,7 +176,11 @@ std::vector<ListingProgram> ReadLlvmObjdump(std::string_view text,
     const std::string_view line = TrimBlanks(lines[i]);
     ObjdumpFunction header;
     if (ReadFunctionHeader(line, header)) {
-      functions.push_back(std::move(header));
+      if (!functions.empty() && IsOperandLabel(header.name)) {
+        functions.back().operandLabels.emplace(header.name, header.start);
+      } else {
+        functions.push_back(std::move(header));
+      }
       continue;
     }
     const size_t comment = line.find("//");

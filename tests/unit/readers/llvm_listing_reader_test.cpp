@@ -146,6 +146,31 @@ TEST(LlvmObjdump, BranchToTheFunctionStartLabelsItsFirstInstruction) {
   EXPECT_EQ(Read(text, set), expected);
 }
 
+TEST(LlvmObjdump, SymbolizedOperandsNameTheSameTargets) {
+  const GFX10InstructionSet set;
+  // llvm-objdump --symbolize-operands: targets get headers of their own and
+  // the branches name them; the program is the one the offsets give.
+  const std::string numeric =
+      "0000000000000100 <k>:\n"
+      "\ts_cbranch_scc1 1   // 000000000100: BF850001 <k+0x8>\n"
+      "\ts_nop 0            // 000000000104: BF800000\n"
+      "\ts_cbranch_scc0 65534 // 000000000108: BF84FFFE <k+0x4>\n"
+      "\ts_endpgm           // 00000000010C: BF810000\n";
+  const std::string symbolized =
+      "0000000000000100 <k>:\n"
+      "\ts_cbranch_scc1 L1  // 000000000100: BF850001\n"
+      "\n0000000000000104 <L0>:\n"
+      "\ts_nop 0            // 000000000104: BF800000\n"
+      "\n0000000000000108 <L1>:\n"
+      "\ts_cbranch_scc0 L0  // 000000000108: BF84FFFE\n"
+      "\ts_endpgm           // 00000000010C: BF810000\n";
+  const std::vector<Function> expected = {{"k",
+                                           {"s_cbranch_scc1 k+0x8", "label_k+0x4: s_nop 0",
+                                            "label_k+0x8: s_cbranch_scc0 k+0x4", "s_endpgm "}}};
+  EXPECT_EQ(Read(numeric, set), expected);
+  EXPECT_EQ(Read(symbolized, set), expected);
+}
+
 TEST(LlvmListing, ErrorsNameTheLine) {
   const std::string header = "0000000000000000 <k>:\n";
   struct Case {
