@@ -24,8 +24,9 @@ bool IsHexDigit(char c) {
   return std::isxdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-// "0000000000001900 <name>:" at the start of a line.
+// "0000000000001900 <name>:", or "<name>:" (--no-leading-addr), as a line.
 bool IsObjdumpFunctionHeader(std::string_view line) {
+  if (line.starts_with("<") && line.ends_with(">:") && line.size() >= 3) return true;
   size_t digits = 0;
   while (digits < line.size() && IsHexDigit(line[digits])) ++digits;
   if (digits < 8 || line.substr(digits).size() < 4) return false;

@@ -61,12 +61,21 @@ bool ParseHex(std::string_view text, uint64_t& value) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-// "0000000000001900 <name>:" gives the start address and the name.
-bool ReadFunctionHeader(std::string_view line, ObjdumpFunction& function) {
+// "0000000000001900 <name>:" gives the start address and the name; with
+// --no-leading-addr the header is "<name>:" and the address is that of the
+// instruction that follows (`startKnown` false).
+bool ReadFunctionHeader(std::string_view line, ObjdumpFunction& function, bool& startKnown) {
+  if (!line.ends_with(">:")) return false;
+  if (line.starts_with("<") && line.size() >= 3) {
+    function.name = std::string(line.substr(1, line.size() - 3));
+    startKnown = false;
+    return true;
+  }
   const size_t open = line.find(" <");
-  if (open == std::string_view::npos || !line.ends_with(">:")) return false;
+  if (open == std::string_view::npos) return false;
   if (!ParseHex(line.substr(0, open), function.start) || open < 8) return false;
   function.name = std::string(line.substr(open + 2, line.size() - open - 4));
+  startKnown = true;
   return true;
 }
 
@@ -170,16 +179,25 @@ ListingProgram ReadFunction(ObjdumpFunction& function, const InstructionSet& ins
 std::vector<ListingProgram> ReadLlvmObjdump(std::string_view text,
                                             const InstructionSet& instructionSet) {
   std::vector<ObjdumpFunction> functions;
+  // A header without its address takes that of the next instruction.
+  std::string addresslessLabel;
+  bool addresslessFunction = false;
   const std::vector<std::string_view> lines = SplitTextLines(text);
   for (size_t i = 0; i < lines.size(); ++i) {
     const uint32_t number = static_cast<uint32_t>(i + 1);
     const std::string_view line = TrimBlanks(lines[i]);
     ObjdumpFunction header;
-    if (ReadFunctionHeader(line, header)) {
+    bool startKnown = true;
+    if (ReadFunctionHeader(line, header, startKnown)) {
       if (!functions.empty() && IsOperandLabel(header.name)) {
-        functions.back().operandLabels.emplace(header.name, header.start);
+        if (startKnown) {
+          functions.back().operandLabels.emplace(header.name, header.start);
+        } else {
+          addresslessLabel = header.name;
+        }
       } else {
         functions.push_back(std::move(header));
+        addresslessFunction = !startKnown;
       }
       continue;
     }
@@ -204,7 +222,14 @@ std::vector<ListingProgram> ReadLlvmObjdump(std::string_view text,
     if (!ReadAddressComment(line.substr(comment + 2), instruction.address, instruction.size)) {
       throw ListingError(number, "the '// ADDRESS: ENCODING' comment cannot be read");
     }
-    functions.back().instructions.push_back(std::move(instruction));
+    ObjdumpFunction& function = functions.back();
+    if (addresslessFunction) function.start = instruction.address;
+    if (!addresslessLabel.empty()) {
+      function.operandLabels.emplace(std::move(addresslessLabel), instruction.address);
+    }
+    addresslessFunction = false;
+    addresslessLabel.clear();
+    function.instructions.push_back(std::move(instruction));
   }
 
   std::vector<ListingProgram> programs;

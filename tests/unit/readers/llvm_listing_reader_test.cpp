@@ -146,7 +146,7 @@ TEST(LlvmObjdump, BranchToTheFunctionStartLabelsItsFirstInstruction) {
   EXPECT_EQ(Read(text, set), expected);
 }
 
-TEST(LlvmObjdump, SymbolizedOperandsNameTheSameTargets) {
+TEST(LlvmObjdump, SymbolizedOperandsAndHeadersWithoutAddress) {
   const GFX10InstructionSet set;
   // llvm-objdump --symbolize-operands: targets get headers of their own and
   // the branches name them; the program is the one the offsets give.
@@ -169,6 +169,12 @@ TEST(LlvmObjdump, SymbolizedOperandsNameTheSameTargets) {
                                             "label_k+0x8: s_cbranch_scc0 k+0x4", "s_endpgm "}}};
   EXPECT_EQ(Read(numeric, set), expected);
   EXPECT_EQ(Read(symbolized, set), expected);
+  // --no-leading-addr: the headers take the address of the next instruction.
+  std::string addressless = symbolized;
+  for (const char* header : {"0000000000000100 <", "0000000000000104 <", "0000000000000108 <"}) {
+    addressless.replace(addressless.find(header), std::string(header).size(), "<");
+  }
+  EXPECT_EQ(Read(addressless, set), expected);
 }
 
 TEST(LlvmListing, ErrorsNameTheLine) {
