@@ -145,8 +145,13 @@ ListingProgram ReadFunction(ObjdumpFunction& function, const InstructionSet& ins
                                       : function.operandLabels.end();
                label != function.operandLabels.end()) {
       target = label->second;
+    } else if (instruction.tokens.size() < 2) {
+      throw ListingError(instruction.line, "branch without an operand");
     } else {
-      throw ListingError(instruction.line, "branch without a word offset as its operand");
+      throw ListingError(instruction.line,
+                         fmt::format("branch operand '{}' is neither a word offset nor a "
+                                     "label objdump named",
+                                     instruction.tokens[1]));
     }
     const auto found = byAddress.find(target);
     if (found == byAddress.end()) {
