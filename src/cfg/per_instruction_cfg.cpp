@@ -3,6 +3,7 @@
 #include "cfg/per_instruction_cfg.h"
 
 #include <cstdint>
+#include <deque>
 #include <unordered_map>
 
 #include "util/analysis_error.h"
@@ -228,17 +229,32 @@ PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
     throw AnalysisError("The end of the program is unreachable from its entry (endless loop).");
   }
 
-  // Liveness flows backward, so visiting nodes in depth-first order from the
-  // exit along predecessor links settles straight-line code in one pass;
-  // each loop nesting level costs about one more pass.
-  const std::vector<PerInvocationCfgNode*> worklist = GatherDepthFirst(exit, GatherOrder::Backward);
-  bool changed = true;
-  while (changed) {
-    changed = false;
-    for (PerInvocationCfgNode* node : worklist) {
-      const bool outChanged = node->UpdateOut();
-      const bool inChanged = node->UpdateIn();
-      changed = changed || outChanged || inChanged;
+  // Liveness flows backward: a node is revisited only when the live-in set of
+  // one of its successors grew, so the cost follows the changes rather than
+  // passes times nodes (deeply nested loops would need one full pass per
+  // level). Both sets only grow, so the least fixpoint reached is the same in
+  // any visiting order; starting in depth-first order from the exit along
+  // predecessor links settles straight-line code in one visit per node.
+  const std::vector<PerInvocationCfgNode*> order = GatherDepthFirst(exit, GatherOrder::Backward);
+  const std::vector<const PerInvocationCfgNode*> constOrder(order.begin(), order.end());
+  const PerInvocationCfgNodeIndex index(constOrder);
+  std::vector<char> queued(order.size(), 1);
+  std::deque<int> queue(order.size());
+  for (size_t i = 0; i < order.size(); ++i) queue[i] = static_cast<int>(i);
+  while (!queue.empty()) {
+    const int position = queue.front();
+    queue.pop_front();
+    queued[position] = 0;
+    PerInvocationCfgNode* node = order[position];
+    node->UpdateOut();
+    if (!node->UpdateIn()) continue;
+    // Predecessors of a node that reaches the exit reach it too.
+    for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
+      const int next = index.Find(predecessor);
+      if (next >= 0 && !queued[next]) {
+        queued[next] = 1;
+        queue.push_back(next);
+      }
     }
   }
 }

@@ -114,6 +114,27 @@ TEST(LivenessAnalysisTest, RecordsInProgramOrder) {
   }
 }
 
+// Blocks each branching back to the one before them: a register read only in
+// the first block is live around every back edge, so its liveness has to
+// travel the whole chain against the visiting order, one back edge at a time.
+TEST(LivenessAnalysisTest, LiveAroundAChainOfBackEdges) {
+  std::vector<std::string> lines = {"B0: v_add_f32 v1, v40, v1"};
+  constexpr int kBlocks = 300;
+  for (int b = 1; b < kBlocks; ++b) {
+    lines.push_back("B" + std::to_string(b) + ": v_mov_b32 v" + std::to_string(b % 32) + ", v2");
+    lines.push_back("s_cbranch_scc0 label_B" + std::to_string(b - 1));
+  }
+  lines.push_back("s_endpgm");
+  const std::vector<Invocation> program = test::MakeProgram(lines);
+  const RegisterStates states = LivenessAnalysis::Analyze(program, VGPR, {});
+  ASSERT_EQ(states.size(), lines.size() + 2);
+  // Live from the program start to the last back edge, not after it.
+  for (size_t i = 0; i + 2 < states.size(); ++i) {
+    EXPECT_TRUE(states[i].second.Live().Contains(40)) << i;
+  }
+  EXPECT_FALSE(states[states.size() - 2].second.Live().Contains(40));
+}
+
 TEST(LivenessAnalysisTest, RemovedStartLinesKeepTheWrite) {
   // v1 is hidden everywhere before it is written, but its write shows.
   const std::vector<Invocation> program = test::MakeProgram(
