@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <functional>
+#include <queue>
 
 #include <fmt/format.h>
 
@@ -57,26 +59,21 @@ BasicBlockState::BasicBlockState(const BasicBlock& block_, StallWorkspace& works
   stalls_.resize(invocations.size());
 }
 
-void BasicBlockState::UpdateInputState(const BasicBlockState& predecessor) {
+bool BasicBlockState::UpdateInputState(const BasicBlockState& predecessor) {
   HardwareState& merged = workspace_->merged;
   HardwareState& incoming = workspace_->incoming;
   merged.Unpack(input_state_);
   incoming.Unpack(predecessor.output_state_);
-  if (merged.UpdateInput(incoming)) input_changed_ = true;
+  const bool changed = merged.UpdateInput(incoming);
   // The merge rebuilds the counters even when it reports no change.
   merged.Pack(input_state_);
-}
-
-void BasicBlockState::SetupFixpointIterationStep() {
-  input_changed_before_ = input_changed_;
-  input_changed_ = false;
-  processed_this_iteration_ = false;
+  ++input_updates_;
+  return changed;
 }
 
 bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
                                                bool isBranchTarget) {
-  processed_this_iteration_ = true;
-  if (!input_changed_before_ && !input_changed_) return false;
+  simulated_updates_ = input_updates_;
   HardwareState& state = workspace_->working;
   state.Unpack(input_state_);
   for (size_t i = 0; i < infos_.size(); ++i) {
@@ -98,32 +95,76 @@ int RunFixpointIteration(const BasicBlockStateMap& states,
                          const std::unordered_set<std::string>& usedLabels, bool isWave64,
                          std::vector<BasicBlockState>& allStates, BasicBlockState* startState) {
   if (startState == nullptr) ExitFatally("Error: Could not find start basic block. Aborting.");
-  // Merges only add in-flight operations and raise busy counts, so the
-  // passes end.
+
+  // The walk of a pass does not depend on what changes: breadth-first from
+  // the start block, each block at its first appearance. Number the blocks
+  // in that order once; a pass then visits, in rising number, only the
+  // blocks whose entry state changed.
+  std::vector<BasicBlockState*> order;
+  std::unordered_map<const BasicBlockState*, int> rank;
+  rank.reserve(allStates.size());
+  order.push_back(startState);
+  rank.emplace(startState, 0);
+  for (size_t head = 0; head < order.size(); ++head) {
+    for (const BasicBlock* successor : order[head]->GetBasicBlock()->GetSuccessors()) {
+      BasicBlockState* next = states.at(successor);
+      if (next == nullptr)
+        ExitFatally("Error: Could not determine state of basic block. Aborting.");
+      if (rank.emplace(next, static_cast<int>(order.size())).second) order.push_back(next);
+    }
+  }
+  const size_t count = order.size();
+  std::vector<std::vector<int>> successorRanks(count);
+  std::vector<char> isBranchTarget(count);
+  for (size_t r = 0; r < count; ++r) {
+    const BasicBlock* block = order[r]->GetBasicBlock();
+    isBranchTarget[r] = usedLabels.count(block->GetLabel()) != 0;
+    for (const BasicBlock* successor : block->GetSuccessors())
+      successorRanks[r].push_back(rank.at(states.at(successor)));
+  }
+
+  // A block is simulated in a pass when a merge changed its entry state in
+  // the previous pass, or earlier in this pass (before its turn); every
+  // block is simulated in the first pass. A block whose entry state is the
+  // one it was last simulated from is skipped: it would repeat itself.
+  std::vector<int> thisPass(count);
+  for (size_t r = 0; r < count; ++r) thisPass[r] = static_cast<int>(r);
+  std::vector<int> nextPass;
+  std::vector<char> inThisPass(count, 1);
+  std::vector<char> inNextPass(count, 0);
+  std::priority_queue<int, std::vector<int>, std::greater<int>> queue(std::greater<int>(),
+                                                                      std::move(thisPass));
   int passes = 0;
   bool changed = true;
   while (changed) {
     ++passes;
-    for (BasicBlockState& state : allStates) state.SetupFixpointIterationStep();
-    std::deque<BasicBlockState*> work{startState};
     changed = false;
-    while (!work.empty()) {
-      BasicBlockState* state = work.front();
-      work.pop_front();
-      if (state == nullptr)
-        ExitFatally("Error: Could not determine state of basic block. Aborting.");
-      if (state->GetProcessedThisIteration()) continue;
-      const BasicBlock* block = state->GetBasicBlock();
-      const bool isBranchTarget = usedLabels.count(block->GetLabel()) != 0;
-      const bool isStart = state == startState;
-      const auto& successors = block->GetSuccessors();
-      if (state->RunFixpointIterationStep(isStart, isWave64, isBranchTarget)) {
-        changed = true;
-        for (const BasicBlock* successor : successors)
-          states.at(successor)->UpdateInputState(*state);
+    while (!queue.empty()) {
+      const int r = queue.top();
+      queue.pop();
+      inThisPass[r] = 0;
+      BasicBlockState* state = order[r];
+      if (!state->InputChangedSinceLastRun()) continue;
+      if (!state->RunFixpointIterationStep(r == 0, isWave64, isBranchTarget[r] != 0)) continue;
+      changed = true;
+      for (const int s : successorRanks[r]) {
+        if (!order[s]->UpdateInputState(*state)) continue;
+        if (!inNextPass[s]) {
+          inNextPass[s] = 1;
+          nextPass.push_back(s);
+        }
+        if (s > r && !inThisPass[s]) {
+          inThisPass[s] = 1;
+          queue.push(s);
+        }
       }
-      for (const BasicBlock* successor : successors) work.push_back(states.at(successor));
     }
+    for (const int s : nextPass) {
+      inNextPass[s] = 0;
+      inThisPass[s] = 1;
+      queue.push(s);
+    }
+    nextPass.clear();
   }
   return passes;
 }

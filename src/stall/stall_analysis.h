@@ -40,10 +40,13 @@ class BasicBlockState {
 
   const BasicBlock* GetBasicBlock() const { return block; }
   const std::vector<StallRange>& GetStalls() const { return stalls_; }
-  bool GetProcessedThisIteration() const { return processed_this_iteration_; }
 
-  void UpdateInputState(const BasicBlockState& predecessor);
-  void SetupFixpointIterationStep();
+  // Merges a predecessor's exit state into the entry state; true when the
+  // entry state gained something.
+  bool UpdateInputState(const BasicBlockState& predecessor);
+  // False when the entry state is the one the block was last simulated from:
+  // simulating again would repeat the same stalls and the same exit state.
+  bool InputChangedSinceLastRun() const { return input_updates_ != simulated_updates_; }
   // Simulates the block from its entry state; true when its exit state
   // changed.
   bool RunFixpointIterationStep(bool isStartBlock, bool isWave64, bool isBranchTarget);
@@ -52,9 +55,10 @@ class BasicBlockState {
   const BasicBlock* block;
   PackedHardwareState input_state_;
   PackedHardwareState output_state_;
-  bool input_changed_ = true;
-  bool input_changed_before_ = true;
-  bool processed_this_iteration_ = false;
+  // Merges into the entry state so far, and their number at the last
+  // simulation; a merge that reports no change can still rebuild counters.
+  uint64_t input_updates_ = 1;
+  uint64_t simulated_updates_ = 0;
   std::vector<StallRange> stalls_;
   std::vector<InvocationDependencyInfo> infos_;
   StallWorkspace* workspace_;
@@ -63,7 +67,9 @@ class BasicBlockState {
 using BasicBlockStateMap = std::unordered_map<const BasicBlock*, BasicBlockState*>;
 
 // Runs passes over the blocks until one changes no exit state; returns the
-// number of passes, the last (unchanging) one included.
+// number of passes, the last (unchanging) one included. Every pass walks the
+// blocks breadth-first from the start block and simulates those whose entry
+// state changed since the previous pass or earlier in this one.
 int RunFixpointIteration(const BasicBlockStateMap& states,
                          const std::unordered_set<std::string>& usedLabels, bool isWave64,
                          std::vector<BasicBlockState>& allStates, BasicBlockState* startState);
