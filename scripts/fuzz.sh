@@ -74,7 +74,8 @@ fi
 echo "Seeds: $(find "$seeds" -type f | wc -l) files in $seeds"
 
 args=(-max_len=8192 -timeout=10 -rss_limit_mb=2048 -max_total_time="$seconds"
-      -artifact_prefix="$work/artifacts/" -print_final_stats=1 -print_funcs=0)
+      -artifact_prefix="$work/artifacts/" -print_final_stats=1 -print_funcs=0
+      -dict="$root/tests/fuzz/vesk.dict")
 if [ "$jobs" -gt 1 ]; then
   args+=(-fork="$jobs")
 fi
