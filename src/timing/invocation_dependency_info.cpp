@@ -7,16 +7,12 @@
 
 #include <string_view>
 
-#include "timing/invocation_flag_info.h"
+#include "timing/opcode_name_traits.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
 namespace {
 
-
-bool Contains(std::string_view text, const char* needle) {
-  return text.find(needle) != std::string_view::npos;
-}
 
 // Inserts the single register `id` (not a range) into a 256-member set whose
 // numbering starts at `base`.
@@ -39,26 +35,26 @@ UnifiedRegisterSet VectorHalf(const UnifiedRegisterSet& set) {
 
 // Registers read without appearing as operands. Returns them and adds them to
 // the scalar half of `registers`.
-UnifiedRegisterSet AddImplicitReads(std::string_view name, bool usesBranch,
+UnifiedRegisterSet AddImplicitReads(const OpcodeNameTraits& name, bool usesBranch,
                                     UnifiedRegisterSet& registers) {
   UnifiedRegisterSet implicit;
   SmallIntSet<256>& sgprs = implicit.GetSGPRSet();
   // Every vector instruction is predicated by the exec mask.
-  if (name.size() > 1 && name.starts_with("v_"))
+  if (name.readsExecAsVector)
     InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   // v_div_fmas and the carry-in forms consume vcc.
-  if (ContainsAny(name, {"_div_fmas", "_ci_"}))
+  if (name.readsVccCarry)
     InsertRegisterRange(sgprs, kVcc, kFirstSGPR);
   // Conditional branches test the condition bits named in the opcode.
   if (usesBranch) {
-    if (Contains(name, "scc"))
+    if (name.namesScc)
       InsertRegisterRange(sgprs, kScc, kFirstSGPR);
-    if (Contains(name, "vcc"))
+    if (name.namesVcc)
       InsertRegisterRange(sgprs, kVccz, kFirstSGPR);
-    if (Contains(name, "exec"))
+    if (name.namesExec)
       InsertRegisterRange(sgprs, kExecz, kFirstSGPR);
   }
-  if (Contains(name, "saveexec"))
+  if (name.isSaveExec)
     InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   registers.GetSGPRSet() |= sgprs;
   return implicit;
@@ -66,23 +62,20 @@ UnifiedRegisterSet AddImplicitReads(std::string_view name, bool usesBranch,
 
 // Registers written without appearing as operands. Returns them and adds them
 // to the scalar half of `registers`.
-UnifiedRegisterSet AddImplicitWrites(std::string_view name, UnifiedRegisterSet& registers) {
+UnifiedRegisterSet AddImplicitWrites(const OpcodeNameTraits& name, UnifiedRegisterSet& registers) {
   UnifiedRegisterSet implicit;
   SmallIntSet<256>& sgprs = implicit.GetSGPRSet();
   // Carry-out and division-scale flags go to vcc.
-  if (ContainsAny(name, {"_div_scale", "_co_", "_mad_u64", "_mad_i64"})) {
+  if (name.writesVccCarry) {
     InsertRegisterRange(sgprs, kVcc, kFirstSGPR);
   }
   // v_cmpx writes its result to exec.
-  if (name.starts_with("v_cmpx_"))
+  if (name.isCmpx)
     InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   // Scalar ALU operations that set scc.
-  if (StartsWithAny(name,
-                    {"s_abs", "s_add", "s_sub", "s_min",      "s_max",  "s_and",  "s_or",
-                     "s_xor", "s_nan", "s_nor", "s_xno",      "s_lsh",  "s_ash",  "s_bfe",
-                     "s_cmp", "s_not", "s_wqm", "s_quadmask", "s_bcnt", "s_cmp_", "s_bitcmp"})) {
+  if (name.writesScc) {
     InsertRegisterRange(sgprs, kScc, kFirstSGPR);
-    if (Contains(name, "wrexec"))
+    if (name.namesWrExec)
       InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   }
   registers.GetSGPRSet() |= sgprs;
@@ -105,61 +98,59 @@ bool HasStandardSGPR(const UnifiedRegisterSet& set) {
 
 InvocationDependencyInfo::InvocationDependencyInfo(const Invocation& invocation)
     : invocation_(&invocation) {
-  InitializeConditionalFlags();
-  InitializeRegisters();
+  const OpcodeNameTraits& name = GetOpcodeNameTraits(GetName());
+  InitializeConditionalFlags(name);
+  InitializeRegisters(name);
   InitializeRegisterFlags();
-  UpdateGenericFlags();
-  UpdateLatencies();
+  UpdateGenericFlags(name);
+  UpdateLatencies(name);
 }
 
 const char* InvocationDependencyInfo::GetName() const {
   return invocation_->GetInstruction()->GetName();
 }
 
-void InvocationDependencyInfo::InitializeConditionalFlags() {
-  const std::string_view name = GetName();
-  const InvocationFlagInfo info{std::string(name)};
-  if (info.IsSALUInvocation())
+void InvocationDependencyInfo::InitializeConditionalFlags(const OpcodeNameTraits& name) {
+  if (name.isSALU)
     SetFlag(InfoFlag::UsesSALU);
-  if (info.IsSMEMInvocation())
+  if (name.isSMEM)
     SetFlag(InfoFlag::UsesSMEM);
-  if (info.IsVALUInvocation())
+  if (name.isVALU)
     SetFlag(InfoFlag::UsesVALU);
-  if (info.IsTransVALUInvocation())
+  if (name.isTransVALU)
     SetFlag(InfoFlag::UsesTransVALU);
-  if (info.IsVMEMTexInvocation())
+  if (name.isVMEMTex)
     SetFlag(InfoFlag::UsesVMEMTex);
-  if (info.IsFlatInvocation())
+  if (name.isFlat)
     SetFlag(InfoFlag::UsesFlat);
 
   // An "lds"/"gds" operand routes a memory instruction to the LDS or the GDS.
   const std::vector<std::string>& args = invocation_->GetArgs();
-  const bool isFlat = name.starts_with("flat_");
+  const bool isFlat = name.startsFlat;
   auto hasMarker = [&](const char* marker) {
     return (isFlat && args.size() >= 2 && args[0] == marker) ||
            (args.size() >= 3 && args[1] == marker);
   };
   const bool hasLdsArg = hasMarker("lds");
   const bool hasGdsArg = hasMarker("gds");
-  const bool isDS = name.starts_with("ds_");
+  const bool isDS = name.startsDS;
 
   // Interpolation and LDS-direct also use the LDS, but their flags are only
   // known after UpdateGenericFlags, so they do not count here.
   if (UsesFlat() || hasLdsArg || (isDS && !hasGdsArg))
     SetFlag(InfoFlag::UsesVMEMLDS);
-  if (Contains(name, "branch"))
+  if (name.isBranch)
     SetFlag(InfoFlag::UsesBranch);
-  if (name.starts_with("s_sendmsg"))
+  if (name.isMsg)
     SetFlag(InfoFlag::UsesMsg);
-  if (name == "exp")
+  if (name.isExport)
     SetFlag(InfoFlag::UsesExport);
   // Global memory instructions are tracked together with GDS accesses.
-  if ((isDS && hasGdsArg) || name.starts_with("global_"))
+  if ((isDS && hasGdsArg) || name.startsGlobal)
     SetFlag(InfoFlag::UsesGDS);
 }
 
-void InvocationDependencyInfo::InitializeRegisters() {
-  const std::string_view name = GetName();
+void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name) {
   UnifiedRegisterSet reads = invocation_->GetReadRegisters();
   UnifiedRegisterSet writes = invocation_->GetWriteRegisters();
 
@@ -228,65 +219,55 @@ void InvocationDependencyInfo::InitializeRegisterFlags() {
   }
 }
 
-void InvocationDependencyInfo::UpdateGenericFlags() {
-  const std::string_view name = GetName();
+void InvocationDependencyInfo::UpdateGenericFlags(const OpcodeNameTraits& name) {
   const std::vector<std::string>& args = invocation_->GetArgs();
 
-  if (Contains(name, "_movrel"))
+  if (name.isMoveRel)
     SetFlag(InfoFlag::IsMoveRel);
-  if (Contains(name, "_swaprel"))
+  if (name.isSwapRel)
     SetFlag(InfoFlag::IsSwapRel);
-  if (Contains(name, "_subvector"))
+  if (name.isSubvector)
     SetFlag(InfoFlag::IsSubvectorBeginEnd);
-  if (Contains(name, "_interp"))
+  if (name.isInterp)
     SetFlag(InfoFlag::IsVInterp);
   bool hasLdsDirectArg = false;
   for (const std::string& arg : args)
     hasLdsDirectArg |= arg == "lds_direct";
   if (hasLdsDirectArg || IsVInterp())
     SetFlag(InfoFlag::IsLDSDirect);
-  if (Contains(name, "_readfirstlane"))
+  if (name.isReadFirstLane)
     SetFlag(InfoFlag::IsReadFirstLane);
-  if (Contains(name, "_div_fmas"))
+  if (name.isDivFmas)
     SetFlag(InfoFlag::IsDiv_FMas);
-  if (IsDiv_FMas() || Contains(name, "_co_") || Contains(name, "v_cmp")) {
+  if (IsDiv_FMas() || name.writesLaneMaskByName) {
     SetFlag(InfoFlag::WriteLaneMask);
   }
-  if (Contains(name, "_ci_") || Contains(name, "v_cndmask"))
+  if (name.readsLaneMask)
     SetFlag(InfoFlag::ReadsLaneMask);
-  if (Contains(name, "_addtid"))
+  if (name.isAddTid)
     SetFlag(InfoFlag::IsAddTid);
-  if (Contains(name, "_swap_b32"))
+  if (name.isSwapB32)
     SetFlag(InfoFlag::IsSpecial);
-  if (Contains(name, "_waitcnt")) {
+  if (name.isWaitCnt) {
     SetFlag(InfoFlag::IsWaitCnt);
-    ResolveWaitType();
+    ResolveWaitType(name);
   }
-  if (ContainsAny(name, {"_store", "_atomic"}))
+  if (name.isStore)
     SetFlag(InfoFlag::IsStore);
-  if (ContainsAny(name, {"_load", "_atomic", "_sample", "_gather"}))
+  if (name.isLoad)
     SetFlag(InfoFlag::IsLoad);
-  if (ContainsAny(name, {"_setreg", "clrexcp", "_swappc_", "_getpc", "_call"})) {
+  if (name.isPCReadEtc) {
     SetFlag(InfoFlag::IsPCReadEtc);
   }
-  isWaitCntDepCtr_ = name.starts_with("s_waitcnt_depctr");
+  isWaitCntDepCtr_ = name.isWaitCntDepCtr;
 }
 
-void InvocationDependencyInfo::ResolveWaitType() {
-  const std::string name = ToLower(GetName());
+void InvocationDependencyInfo::ResolveWaitType(const OpcodeNameTraits& name) {
   waitType_ = WaitType::None;
-  if (name == "s_waitcnt_depctr")
+  if (name.isExactDepCtr)
     return;
-  if (StartsWith(name, "s_waitcnt_")) {
-    if (name == "s_waitcnt_vmcnt") {
-      waitType_ = WaitType::VmCnt;
-    } else if (name == "s_waitcnt_vscnt") {
-      waitType_ = WaitType::VsCnt;
-    } else if (name == "s_waitcnt_lgkmcnt") {
-      waitType_ = WaitType::LgkmCnt;
-    } else if (name == "s_waitcnt_expcnt") {
-      waitType_ = WaitType::ExpCnt;
-    }
+  if (name.isPerCounterWait) {
+    waitType_ = static_cast<WaitType>(name.perCounterWaitType);
     return;
   }
   // Plain s_waitcnt: the first counter named in the operands decides. The

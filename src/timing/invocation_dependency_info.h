@@ -11,6 +11,7 @@
 #include "isa/registers.h"
 #include "timing/hardware_usage.h"
 #include "timing/latency_model.h"
+#include "timing/opcode_name_traits.h"
 
 namespace vesk {
 
@@ -152,6 +153,7 @@ class InvocationDependencyInfo {
   // execute and visibility latency (their totals then equal the indefinite
   // StallLength value).
   LatencyBaseData GetLatencyBaseData() const;
+  LatencyBaseData GetLatencyBaseData(const OpcodeNameTraits& name) const;
   int GetIssueLatency() const { return issueLatency_; }
   int GetExecuteLatency() const { return executeLatency_; }
   int GetVisibilityLatency() const { return visibilityLatency_; }
@@ -166,12 +168,12 @@ class InvocationDependencyInfo {
   const char* GetName() const;
 
   // Construction steps, in this order; each sees the flags of the earlier ones.
-  void InitializeConditionalFlags();
-  void InitializeRegisters();
+  void InitializeConditionalFlags(const OpcodeNameTraits& name);
+  void InitializeRegisters(const OpcodeNameTraits& name);
   void InitializeRegisterFlags();
-  void UpdateGenericFlags();
-  void ResolveWaitType();
-  void UpdateLatencies();
+  void UpdateGenericFlags(const OpcodeNameTraits& name);
+  void ResolveWaitType(const OpcodeNameTraits& name);
+  void UpdateLatencies(const OpcodeNameTraits& name);
 
   UnifiedRegisterSet writeRegisters_;
   UnifiedRegisterSet readRegisters_;

@@ -15,13 +15,14 @@
 namespace vesk {
 
 LatencyBaseData InvocationDependencyInfo::GetLatencyBaseData() const {
-  const std::string_view name = GetName();
+  return GetLatencyBaseData(GetOpcodeNameTraits(GetName()));
+}
+
+LatencyBaseData InvocationDependencyInfo::GetLatencyBaseData(const OpcodeNameTraits& name) const {
   LatencyBaseData data;
-  data.isSlowTrans =
-      ContainsAny(name, {"_rcp_f64", "_rsq_f64", "_sqrt_f64", "v_mp", "_rsq_cla", "rcp_cla"});
-  data.isCompare64 = name.starts_with("v_cmp") && EndsWithAny(name, {"u64", "i64", "f64"});
-  data.isShift64 = StartsWithAny(name, {"v_lshlrev_b64", "v_lshrrev_b64", "v_ashrrev_i64",
-                                        "v_lshl_b64", "v_lshr_b64", "v_ashr_i64"});
+  data.isSlowTrans = name.isSlowTrans;
+  data.isCompare64 = name.isCompare64;
+  data.isShift64 = name.isShift64;
 
   data.isWideOrDpp = data.isCompare64 || data.isShift64;
   for (const std::string& arg : invocation_->GetArgs()) {
@@ -45,25 +46,23 @@ LatencyBaseData InvocationDependencyInfo::GetLatencyBaseData() const {
     }
   }
 
-  if (ContainsAny(name, {"qsad", "mul_lo_u32", "mul_lo_i32", "_mad_u64", "_mad_i64"}) ||
-      name == "s_mul_hi_i32" || name == "s_mul_hi_u32") {
+  if (name.isSlowMulName) {
     data.isSlowMul = true;
     data.isTransF64 = false;
   } else if (data.isSlowTrans || data.isWideOrDpp) {
     data.isSlowMul = false;
     data.isTransF64 = false;
-  } else if (name.find("f64") != std::string_view::npos && UsesVALU()) {
+  } else if (name.namesF64 && UsesVALU()) {
     data.isTransF64 = UsesTransVALU();
     data.isSlowMul = false;
   }
 
-  data.isPipeSync = ContainsAny(name, {"_mov_fed", "_pipeflush", "_clrexcp"});
+  data.isPipeSync = name.isPipeSync;
   return data;
 }
 
-void InvocationDependencyInfo::UpdateLatencies() {
-  const LatencyBaseData b = GetLatencyBaseData();
-  const std::string_view name = GetName();
+void InvocationDependencyInfo::UpdateLatencies(const OpcodeNameTraits& name) {
+  const LatencyBaseData b = GetLatencyBaseData(name);
   auto set = [this](int issue, int execute, int visibility) {
     issueLatency_ = issue;
     executeLatency_ = execute;
@@ -92,7 +91,7 @@ void InvocationDependencyInfo::UpdateLatencies() {
   // Compares write a lane mask that is consumed through the SGPR path.
   if (b.isCompare64) {
     visibilityLatency_ = 0;
-  } else if (name.starts_with("v_cmp_")) {
+  } else if (name.startsVCmp_) {
     set(1, 15, 1);
   }
 
