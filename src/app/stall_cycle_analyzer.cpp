@@ -2,7 +2,9 @@
 // of cycles it waited before issue, optionally drawn as gap rows.
 #include "app/stall_cycle_analyzer.h"
 
+#include <iterator>
 #include <string>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -10,12 +12,14 @@
 
 namespace {
 
-// Line number, optional 3-character marker column, cycles, instruction.
-void PrintStallLine(std::ostream& out, size_t line, const std::string& cyclesText,
-                    const std::string& instructionText, const std::string& marker) {
-  out << fmt::format("{:>6} | ", line);
-  if (!marker.empty()) out << fmt::format("{:>3} | ", marker);
-  out << fmt::format("{:>10} | {}", cyclesText, instructionText) << std::endl;
+// Line number, optional 3-character marker column, cycles, instruction. Rows
+// are gathered in one buffer and written at once.
+void PrintStallLine(std::string& out, size_t line, std::string_view cyclesText,
+                    std::string_view instructionText, std::string_view marker) {
+  auto to = std::back_inserter(out);
+  fmt::format_to(to, "{:>6} | ", line);
+  if (!marker.empty()) fmt::format_to(to, "{:>3} | ", marker);
+  fmt::format_to(to, "{:>10} | {}\n", cyclesText, instructionText);
 }
 
 }  // namespace
@@ -32,11 +36,12 @@ bool StallCycleAnalyzer::InvokeImpl() {
   }
   const auto result = vesk::StallCycleAnalysis::AnalyzeStallCycles(invocations, wave64);
 
-  out << "  Line";
-  if (showGaps) out << " |    ";
-  out << " | Max Cycles"
-      << " | Instruction" << '\n'
-      << std::string(80, '-') << '\n';
+  std::string report = "  Line";
+  if (showGaps) report += " |    ";
+  report += " | Max Cycles | Instruction\n";
+  report.append(80, '-');
+  report += '\n';
+  report.reserve(report.size() + result.size() * 64);
 
   size_t line = 0;
   for (const auto& [invocation, stalls] : result) {
@@ -45,16 +50,18 @@ bool StallCycleAnalyzer::InvokeImpl() {
     const std::string cycles = length.IsIndefinite() ? "Inf" : std::to_string(length.Get());
     const std::string text = invocation->ToString();
     if (!showGaps) {
-      PrintStallLine(out, line, cycles, text, "");
+      PrintStallLine(report, line, cycles, text, "");
     } else if (length.IsZero()) {
-      PrintStallLine(out, line, cycles, text, " ");
+      PrintStallLine(report, line, cycles, text, " ");
     } else if (!length.IsIndefinite() && length >= 1 && length <= 5) {
-      for (int i = 0; i < length.Get(); ++i) PrintStallLine(out, line, cycles, text, "OOO");
+      for (int i = 0; i < length.Get(); ++i) PrintStallLine(report, line, cycles, text, "OOO");
     } else if (length.IsIndefinite() || length >= 6) {
-      PrintStallLine(out, line, cycles, text, "OOO");
-      PrintStallLine(out, line, cycles, text, "...");
-      PrintStallLine(out, line, cycles, text, "OOO");
+      PrintStallLine(report, line, cycles, text, "OOO");
+      PrintStallLine(report, line, cycles, text, "...");
+      PrintStallLine(report, line, cycles, text, "OOO");
     }
   }
+  out.write(report.data(), static_cast<std::streamsize>(report.size()));
+  out.flush();
   return true;
 }
