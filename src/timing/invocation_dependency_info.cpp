@@ -5,6 +5,7 @@
 // properties and the counter a wait instruction waits on.
 #include "timing/invocation_dependency_info.h"
 
+#include <cassert>
 #include <string_view>
 
 #include "timing/opcode_name_traits.h"
@@ -18,19 +19,6 @@ namespace {
 // numbering starts at `base`.
 void InsertRegisterRange(SmallIntSet<256>& set, RegisterID id, RegisterID base) {
   set.Insert(id - base);
-}
-
-// The scalar half of `set` only.
-UnifiedRegisterSet ScalarHalf(const UnifiedRegisterSet& set) {
-  UnifiedRegisterSet result;
-  result.GetSGPRSet() = set.GetSGPRSet();
-  return result;
-}
-
-UnifiedRegisterSet VectorHalf(const UnifiedRegisterSet& set) {
-  UnifiedRegisterSet result;
-  result.GetVGPRSet() = set.GetVGPRSet();
-  return result;
 }
 
 // Registers read without appearing as operands. Returns them and adds them to
@@ -153,48 +141,48 @@ void InvocationDependencyInfo::InitializeConditionalFlags(const OpcodeNameTraits
 void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name) {
   UnifiedRegisterSet reads = invocation_->GetReadRegisters();
   UnifiedRegisterSet writes = invocation_->GetWriteRegisters();
+  explicitReadSpecial_ = SpecialMask(reads);
+  explicitWriteSpecial_ = SpecialMask(writes);
 
-  explicitReadSGPRs_ = ScalarHalf(reads);
-  readSGPRs_ = explicitReadSGPRs_;
-  readVGPRs_ = VectorHalf(reads);
-  explicitWriteSGPRs_ = ScalarHalf(writes);
-  writtenSGPRs_ = explicitWriteSGPRs_;
-  writtenVGPRs_ = VectorHalf(writes);
+  const UnifiedRegisterSet implicitReads = AddImplicitReads(name, UsesBranch(), reads);
+  const UnifiedRegisterSet implicitWrites = AddImplicitWrites(name, writes);
+  // Implicit registers are special ones only, so the masks hold them whole.
+  implicitReadMask_ = SpecialMask(implicitReads);
+  implicitWriteMask_ = SpecialMask(implicitWrites);
+  assert(SpecialSet(implicitReadMask_) == implicitReads);
+  assert(SpecialSet(implicitWriteMask_) == implicitWrites);
 
-  implicitReadSGPRs_ = AddImplicitReads(name, UsesBranch(), reads);
-  implicitWriteSGPRs_ = AddImplicitWrites(name, writes);
-
-  readSGPRs_ |= implicitReadSGPRs_;
-  writtenSGPRs_ |= implicitWriteSGPRs_;
   readRegisters_ = reads;
   writeRegisters_ = writes;
 }
 
 void InvocationDependencyInfo::InitializeRegisterFlags() {
-  if (implicitWriteSGPRs_.Contains(kScc))
+  const UnifiedRegisterSet writtenSGPRs = GetWrittenSGPRs();
+  const UnifiedRegisterSet readSGPRs = GetReadSGPRs();
+  if (implicitWriteMask_ >> (kScc - kExec) & 1u)
     SetFlag(InfoFlag::WritesAnySGPR);
-  if (!writtenVGPRs_.IsEmpty())
+  if (!GetWrittenVGPRs().IsEmpty())
     SetFlag(InfoFlag::WritesAnyVGPR);
 
-  const bool writesStandardSGPR = HasStandardSGPR(writtenSGPRs_);
-  if (!writtenSGPRs_.IsEmpty()) {
+  const bool writesStandardSGPR = HasStandardSGPR(writtenSGPRs);
+  if (!writtenSGPRs.IsEmpty()) {
     SetFlag(InfoFlag::WritesAnySGPR);
     if (writesStandardSGPR)
       SetFlag(InfoFlag::WritesAnyStandardSGPR);
-    if (writtenSGPRs_.Contains(kScc))
+    if (writtenSGPRs.Contains(kScc))
       SetFlag(InfoFlag::WritesSCC);
-    if (writtenSGPRs_.Contains(kVcc))
+    if (writtenSGPRs.Contains(kVcc))
       SetFlag(InfoFlag::WritesVCC);
-    if (writtenSGPRs_.Contains(kExec))
+    if (writtenSGPRs.Contains(kExec))
       SetFlag(InfoFlag::WritesExec);
-    if (writtenSGPRs_.Contains(kM0))
+    if (writtenSGPRs.Contains(kM0))
       SetFlag(InfoFlag::WritesM0);
   }
 
-  if (!readVGPRs_.IsEmpty())
+  if (!GetReadVGPRs().IsEmpty())
     SetFlag(InfoFlag::ReadsAnyVGPR);
 
-  if (!readSGPRs_.IsEmpty()) {
+  if (!readSGPRs.IsEmpty()) {
     SetFlag(InfoFlag::ReadsAnySGPR);
     // Deliberately decided by the written SGPRs: the stall model keys the
     // "reads a standard SGPR" hazards on this.
@@ -308,4 +296,11 @@ HardwareUsage InvocationDependencyInfo::GetHardwareUsage() const {
   return usage;
 }
 
+}  // namespace vesk
+
+namespace vesk {
+// One record per instruction is kept for the whole simulation: two register
+// sets and a few words.
+static_assert(sizeof(InvocationDependencyInfo) <= 2 * sizeof(UnifiedRegisterSet) + 48,
+              "the dependency record stays compact");
 }  // namespace vesk

@@ -134,17 +134,23 @@ class InvocationDependencyInfo {
   uint64_t GetFlags() const { return flags_; }
 
   // Register sets. The SGPR sets hold only the scalar half, the VGPR sets only
-  // the vector half; special registers sit at SGPR index 128..134.
+  // the vector half; special registers sit at SGPR index 128..134. Only the
+  // full read and write sets are stored; the others are cut from them (the
+  // implicit registers are always special ones, kept as small masks).
   const UnifiedRegisterSet& GetWriteRegisters() const { return writeRegisters_; }
   const UnifiedRegisterSet& GetReadRegisters() const { return readRegisters_; }
-  const UnifiedRegisterSet& GetImplicitWriteSGPRs() const { return implicitWriteSGPRs_; }
-  const UnifiedRegisterSet& GetExplicitWriteSGPRs() const { return explicitWriteSGPRs_; }
-  const UnifiedRegisterSet& GetImplicitReadSGPRs() const { return implicitReadSGPRs_; }
-  const UnifiedRegisterSet& GetExplicitReadSGPRs() const { return explicitReadSGPRs_; }
-  const UnifiedRegisterSet& GetWrittenSGPRs() const { return writtenSGPRs_; }
-  const UnifiedRegisterSet& GetReadSGPRs() const { return readSGPRs_; }
-  const UnifiedRegisterSet& GetWrittenVGPRs() const { return writtenVGPRs_; }
-  const UnifiedRegisterSet& GetReadVGPRs() const { return readVGPRs_; }
+  UnifiedRegisterSet GetImplicitWriteSGPRs() const { return SpecialSet(implicitWriteMask_); }
+  UnifiedRegisterSet GetExplicitWriteSGPRs() const {
+    return ExplicitHalf(writeRegisters_, explicitWriteSpecial_);
+  }
+  UnifiedRegisterSet GetImplicitReadSGPRs() const { return SpecialSet(implicitReadMask_); }
+  UnifiedRegisterSet GetExplicitReadSGPRs() const {
+    return ExplicitHalf(readRegisters_, explicitReadSpecial_);
+  }
+  UnifiedRegisterSet GetWrittenSGPRs() const { return ScalarHalf(writeRegisters_); }
+  UnifiedRegisterSet GetReadSGPRs() const { return ScalarHalf(readRegisters_); }
+  UnifiedRegisterSet GetWrittenVGPRs() const { return VectorHalf(writeRegisters_); }
+  UnifiedRegisterSet GetReadVGPRs() const { return VectorHalf(readRegisters_); }
 
   const Invocation& GetInvocation() const { return *invocation_; }
   HardwareUsage GetHardwareUsage() const;
@@ -175,16 +181,51 @@ class InvocationDependencyInfo {
   void ResolveWaitType(const OpcodeNameTraits& name);
   void UpdateLatencies(const OpcodeNameTraits& name);
 
+  // Special registers (exec, vcc, scc, sccz, m0, vccz, execz) as bit masks,
+  // bit i standing for register kExec + i.
+  static constexpr int kSpecialCount = kRegisterIdCount - kExec;
+  static_assert(kSpecialCount <= 8, "the special registers fit one byte");
+  static uint8_t SpecialMask(const UnifiedRegisterSet& set) {
+    uint8_t mask = 0;
+    for (int i = 0; i < kSpecialCount; ++i)
+      if (set.Contains(kExec + i)) mask |= static_cast<uint8_t>(1u << i);
+    return mask;
+  }
+  static UnifiedRegisterSet SpecialSet(uint8_t mask) {
+    UnifiedRegisterSet set;
+    for (int i = 0; i < kSpecialCount; ++i)
+      if (mask >> i & 1u) set.Insert(kExec + i);
+    return set;
+  }
+  static UnifiedRegisterSet ScalarHalf(const UnifiedRegisterSet& set) {
+    UnifiedRegisterSet result;
+    result.GetSGPRSet() = set.GetSGPRSet();
+    return result;
+  }
+  static UnifiedRegisterSet VectorHalf(const UnifiedRegisterSet& set) {
+    UnifiedRegisterSet result;
+    result.GetVGPRSet() = set.GetVGPRSet();
+    return result;
+  }
+  // The scalar half of `set` with its special registers replaced by `special`.
+  static UnifiedRegisterSet ExplicitHalf(const UnifiedRegisterSet& set, uint8_t special) {
+    UnifiedRegisterSet result = ScalarHalf(set);
+    for (int i = 0; i < kSpecialCount; ++i) {
+      if (special >> i & 1u)
+        result.Insert(kExec + i);
+      else
+        result.GetSGPRSet().Erase(kExec + i - kFirstSGPR);
+    }
+    return result;
+  }
+
+  // Every register written and read, explicit and implicit.
   UnifiedRegisterSet writeRegisters_;
   UnifiedRegisterSet readRegisters_;
-  UnifiedRegisterSet implicitWriteSGPRs_;
-  UnifiedRegisterSet explicitWriteSGPRs_;
-  UnifiedRegisterSet implicitReadSGPRs_;
-  UnifiedRegisterSet explicitReadSGPRs_;
-  UnifiedRegisterSet writtenSGPRs_;
-  UnifiedRegisterSet readSGPRs_;
-  UnifiedRegisterSet writtenVGPRs_;
-  UnifiedRegisterSet readVGPRs_;
+  uint8_t implicitWriteMask_ = 0;
+  uint8_t implicitReadMask_ = 0;
+  uint8_t explicitWriteSpecial_ = 0;
+  uint8_t explicitReadSpecial_ = 0;
   int32_t issueLatency_ = 0;
   int32_t executeLatency_ = 0;
   int32_t visibilityLatency_ = 0;
