@@ -3,6 +3,7 @@
 #include "app/cfg_dumper.h"
 
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,7 +34,19 @@ bool CFGDumper::InvokeImpl() {
   // The blocks are built before anything is written, so that a listing the
   // block builder rejects leaves no partial graph behind.
   const vesk::BasicBlockList blocks = vesk::CreateBasicBlocksFromInvocations(invocations);
-  std::ostream& out = *output;
+  // The graph is written to memory and handed to the report stream in large
+  // pieces; WriteBlockContent writes through `output`, so it points at the
+  // buffer meanwhile.
+  std::ostream* const destination = output;
+  std::ostringstream buffer;
+  output = &buffer;
+  const auto flushLarge = [&](bool last) {
+    if (!last && buffer.tellp() < (std::streamoff{1} << 20)) return;
+    const std::string text = std::move(buffer).str();
+    destination->write(text.data(), static_cast<std::streamsize>(text.size()));
+    buffer.str(std::string());
+  };
+  std::ostream& out = buffer;
   out << "digraph {\n";
   out << "node [shape=box]\n";
 
@@ -70,11 +83,15 @@ bool CFGDumper::InvokeImpl() {
     for (const BasicBlock* successor : block->GetSuccessors()) {
       pendingEdges.emplace_back(exitNode, successor->GetLabel());
     }
+    flushLarge(false);
   }
 
   for (const auto& [source, target] : pendingEdges) {
     out << '"' << source << "\":s -> \"n_" << target << "\";\n";
+    flushLarge(false);
   }
   out << "}\n";
+  flushLarge(true);
+  output = destination;
   return true;
 }

@@ -14,7 +14,6 @@ LivenessAnalyzer::LivenessAnalyzer(std::stringstream& input, std::ostream* outpu
     : BaseVeskAppTask(input, output), options(options_) {}
 
 bool LivenessAnalyzer::InvokeImpl() {
-  std::ostream& out = *output;
   vesk::LivenessAnalysisOptions analysisOptions;
   analysisOptions.removeStartLines = (options & AnalyzeLiveness::removeStartLines) != 0;
   const vesk::RegisterStates states =
@@ -23,26 +22,46 @@ bool LivenessAnalyzer::InvokeImpl() {
   const int width = usage.maxRegisterIndex + 1;
   const bool summaryOnly = (options & AnalyzeLiveness::summaryOnly) != 0;
 
+  // The report is built in memory and written in large pieces: one write for
+  // a short report, one per megabyte for a long one.
+  std::string report;
+  const auto flushLarge = [&] {
+    if (report.size() < (size_t{1} << 20)) return;
+    output->write(report.data(), static_cast<std::streamsize>(report.size()));
+    report.clear();
+  };
   if (!summaryOnly) {
-    out << "Legend:\n";
-    out << "  ':' means that the register is kept alive, while it is not actively being used by "
-           "the current instruction\n";
-    out << "  '^' means that the current instruction writes to the register\n";
-    out << "  'v' means that the current instruction reads from the register\n";
-    out << "  'x' means that the current instruction both reads from the register and writes to "
-           "it\n";
-    out << " 'Rn': Number of live registers\n\n";
-    out << "  Line | Rn  | " << std::string(static_cast<size_t>(width), ' ') << " | Instruction\n";
-    out << std::string(80, '-') << "\n";
+    report += "Legend:\n";
+    report +=
+        "  ':' means that the register is kept alive, while it is not actively being used by "
+        "the current instruction\n";
+    report += "  '^' means that the current instruction writes to the register\n";
+    report += "  'v' means that the current instruction reads from the register\n";
+    report +=
+        "  'x' means that the current instruction both reads from the register and writes to "
+        "it\n";
+    report += " 'Rn': Number of live registers\n\n";
+    report += "  Line | Rn  | ";
+    report.append(static_cast<size_t>(width), ' ');
+    report += " | Instruction\n";
+    report.append(80, '-');
+    report += '\n';
     // The first and last entries are the graph's entry and exit nodes.
     if (states.size() >= 3) {
       for (size_t i = 1; i + 1 < states.size(); ++i) {
-        out << vesk::LeftPad(static_cast<int>(i), 6) << " | "
-            << LivenessAnalysis::FormatRegisterUsage(states[i], usage) << '\n';
+        report += vesk::LeftPad(static_cast<int>(i), 6);
+        report += " | ";
+        LivenessAnalysis::AppendRegisterUsage(report, states[i], usage);
+        report += '\n';
+        flushLarge();
       }
     }
   }
-  out << "Maximum # VGPR used " << vesk::LeftPad(usage.maxLiveCount, 3)
-      << ", # VGPR allocated: " << vesk::LeftPad(usage.maxRegisterIndex + 1, 3) << "\n";
+  report += "Maximum # VGPR used ";
+  report += vesk::LeftPad(usage.maxLiveCount, 3);
+  report += ", # VGPR allocated: ";
+  report += vesk::LeftPad(usage.maxRegisterIndex + 1, 3);
+  report += '\n';
+  output->write(report.data(), static_cast<std::streamsize>(report.size()));
   return true;
 }

@@ -7,7 +7,9 @@
 #include <cmath>
 #include <iomanip>
 #include <map>
+#include <sstream>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,15 +35,16 @@ OpcodeHistogramDumper::OpcodeHistogramDumper(std::stringstream& input, std::ostr
     : BaseVeskAppTask(input, output), groupBy(std::move(groupBy_)) {}
 
 bool OpcodeHistogramDumper::InvokeImpl() {
+  // Instructions are counted per opcode record first, so the names are
+  // compared once per distinct opcode rather than once per line.
+  std::unordered_map<const vesk::Instruction*, int> perRecord;
+  if (groupBy.empty() || groupBy == "operand-size") {
+    for (const vesk::Invocation& invocation : invocations) ++perRecord[invocation.GetInstruction()];
+  }
   std::map<std::string, int> counts;
-  if (groupBy.empty()) {
-    for (const vesk::Invocation& invocation : invocations) {
-      ++counts[invocation.GetInstruction()->GetName()];
-    }
-  } else if (groupBy == "operand-size") {
-    for (const vesk::Invocation& invocation : invocations) {
-      ++counts[OperandSizeKey(invocation.GetInstruction()->GetName())];
-    }
+  for (const auto& [record, count] : perRecord) {
+    const std::string name = record->GetName();
+    counts[groupBy.empty() ? name : OperandSizeKey(name)] += count;
   }
   // "instruction-class" is accepted but counts nothing.
   if (counts.empty()) return true;
@@ -57,12 +60,15 @@ bool OpcodeHistogramDumper::InvokeImpl() {
     countWidth = std::max(countWidth, static_cast<int>(std::log10(count)) + 1);
   }
 
-  std::ostream& out = *output;
+  // The report is formatted in memory and written at once.
+  std::ostringstream out;
   const float total = static_cast<float>(invocations.size());
   for (const auto& [key, count] : entries) {
     const float percent = static_cast<float>(count) / total * 100.0f;
     out << std::setw(static_cast<int>(nameWidth)) << key << " : " << std::setw(countWidth) << count
         << " (" << std::setprecision(2) << std::setw(6) << static_cast<double>(percent) << " %)\n";
   }
+  const std::string report = std::move(out).str();
+  output->write(report.data(), static_cast<std::streamsize>(report.size()));
   return true;
 }

@@ -198,18 +198,30 @@ UnifiedRegisterSet Invocation::GetRegisterSet(RegisterUsageType usage) const {
 
 std::string Invocation::ToString(bool withLabels, bool withModifiers) const {
   std::string line;
+  AppendText(line, withLabels, withModifiers);
+  return line;
+}
+
+void Invocation::AppendText(std::string& line, bool withLabels, bool withModifiers) const {
   if (withLabels && !labels.empty()) {
-    for (size_t i = 0; i + 1 < labels.size(); ++i) line += "label_" + labels[i] + ", ";
-    line += "label_" + labels.back() + ": ";
+    for (size_t i = 0; i < labels.size(); ++i) {
+      line += "label_";
+      line += labels[i];
+      line += i + 1 < labels.size() ? ", " : ": ";
+    }
   }
   line += instruction->GetName();
   line += ' ';
-  line += Join(", ", args.begin(), args.end());
-  if (withModifiers && !modifiers.empty()) {
-    line += ' ';
-    line += Join(" ", modifiers.begin(), modifiers.end());
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (i > 0) line += ", ";
+    line += args[i];
   }
-  return line;
+  if (withModifiers && !modifiers.empty()) {
+    for (const std::string& modifier : modifiers) {
+      line += ' ';
+      line += modifier;
+    }
+  }
 }
 
 std::unordered_set<std::string> GetUsedLabels(const std::vector<Invocation>& invocations) {

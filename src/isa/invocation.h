@@ -75,6 +75,8 @@ class Invocation {
 
   std::string ToString(bool withLabels, bool withModifiers) const;
   std::string ToString() const { return ToString(true, false); }
+  // The text of ToString appended to `line`.
+  void AppendText(std::string& line, bool withLabels, bool withModifiers) const;
 
  private:
   void ComputeUsedOperands();

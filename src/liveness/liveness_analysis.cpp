@@ -113,31 +113,37 @@ RegisterUsage LivenessAnalysis::GetRegisterUsage(const RegisterStates& states) {
   return usage;
 }
 
-std::string LivenessAnalysis::FormatRegisterUsage(
-    const std::pair<const Invocation*, RegisterState>& state, RegisterUsage usage) {
+void LivenessAnalysis::AppendRegisterUsage(std::string& line,
+                                           const std::pair<const Invocation*, RegisterState>& state,
+                                           RegisterUsage usage) {
   const Invocation* invocation = state.first;
-  if (!invocation) return std::string();
+  if (!invocation) return;
   const RegisterState& registers = state.second;
-  std::string line = LeftPad(registers.Live().Count(), 3);
-  line.reserve(line.size() + static_cast<size_t>(usage.maxRegisterIndex) + 64);
+  line += LeftPad(registers.Live().Count(), 3);
   line += " | ";
-  for (int r = 0; r <= usage.maxRegisterIndex; ++r) {
-    const bool read = registers.Read().Contains(r);
-    const bool written = registers.Written().Contains(r);
-    if (read && written) {
-      line += 'x';
-    } else if (read) {
-      line += 'v';
-    } else if (written) {
-      line += '^';
-    } else if (registers.Live().Contains(r)) {
-      line += ':';
-    } else {
-      line += ' ';
-    }
+  // One column per register up to the highest live one: blank, then ':' for
+  // live, '^' for written, 'v' for read, 'x' for both, later marks winning.
+  const int columns = usage.maxRegisterIndex + 1;
+  const size_t first = line.size();
+  line.append(static_cast<size_t>(columns), ' ');
+  char* column = line.data() + first;
+  const auto mark = [&](const Set& set, char symbol) {
+    for (int r = set.NextFrom(0); r < columns; r = set.NextFrom(r + 1)) column[r] = symbol;
+  };
+  mark(registers.Live(), ':');
+  mark(registers.Written(), '^');
+  mark(registers.Read(), 'v');
+  for (int r = registers.Read().NextFrom(0); r < columns; r = registers.Read().NextFrom(r + 1)) {
+    if (registers.Written().Contains(r)) column[r] = 'x';
   }
   line += " | ";
-  line += invocation->ToString();
+  invocation->AppendText(line, true, false);
+}
+
+std::string LivenessAnalysis::FormatRegisterUsage(
+    const std::pair<const Invocation*, RegisterState>& state, RegisterUsage usage) {
+  std::string line;
+  AppendRegisterUsage(line, state, usage);
   return line;
 }
 

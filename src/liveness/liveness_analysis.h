@@ -56,6 +56,10 @@ class LivenessAnalysis {
   // per register (x read+written, v read, ^ written, : live), instruction.
   static std::string FormatRegisterUsage(const std::pair<const Invocation*, RegisterState>& state,
                                          RegisterUsage usage);
+  // The same line appended to `line`, without a string of its own.
+  static void AppendRegisterUsage(std::string& line,
+                                  const std::pair<const Invocation*, RegisterState>& state,
+                                  RegisterUsage usage);
 };
 
 }  // namespace vesk
