@@ -2,7 +2,6 @@
 // of cycles it waited before issue, optionally drawn as gap rows.
 #include "app/stall_cycle_analyzer.h"
 
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -12,14 +11,28 @@
 
 namespace {
 
+// `text` right-aligned in `width` columns (never cut).
+void AppendRight(std::string& out, std::string_view text, size_t width) {
+  if (text.size() < width) out.append(width - text.size(), ' ');
+  out.append(text);
+}
+
 // Line number, optional 3-character marker column, cycles, instruction. Rows
 // are gathered in one buffer and written at once.
 void PrintStallLine(std::string& out, size_t line, std::string_view cyclesText,
                     std::string_view instructionText, std::string_view marker) {
-  auto to = std::back_inserter(out);
-  fmt::format_to(to, "{:>6} | ", line);
-  if (!marker.empty()) fmt::format_to(to, "{:>3} | ", marker);
-  fmt::format_to(to, "{:>10} | {}\n", cyclesText, instructionText);
+  char digits[24];
+  const auto end = fmt::format_to(digits, "{}", line);
+  AppendRight(out, std::string_view(digits, static_cast<size_t>(end - digits)), 6);
+  out += " | ";
+  if (!marker.empty()) {
+    AppendRight(out, marker, 3);
+    out += " | ";
+  }
+  AppendRight(out, cyclesText, 10);
+  out += " | ";
+  out.append(instructionText);
+  out += '\n';
 }
 
 }  // namespace

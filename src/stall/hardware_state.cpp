@@ -383,7 +383,9 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
 
   // Pop the oldest (size - count) operations; a count above the queue size
   // makes the difference negative and empties the queue.
-  std::vector<MemoryQueueElement> popped;
+  // Reused across waits: the simulation allocates nothing per instruction.
+  static thread_local std::vector<MemoryQueueElement> popped;
+  popped.clear();
   int32_t waitTime = 0;
   bool allScalarMemory = true;
   bool allLoads = true;
@@ -492,7 +494,7 @@ void HardwareState::Pack(PackedHardwareState& out) const {
   out.counters = counters_;
   out.vmemKind = vmem_kind_;
   out.pcReadLatency = pc_read_latency_;
-  for (int q = 0; q < kMemoryQueueCount; ++q) out.queues[q] = queues_.Elements(q);
+  for (int q = 0; q < kMemoryQueueCount; ++q) queues_.CopyElements(q, out.queues[q]);
   out.boards.clear();
   out.slots.clear();
   for (int dir = 0; dir < 2; ++dir) {

@@ -20,6 +20,11 @@ std::vector<MemoryQueueElement> MemoryCounterQueues::Elements(int queue) const {
   return result;
 }
 
+void MemoryCounterQueues::CopyElements(int queue, std::vector<Element>& out) const {
+  out.clear();
+  for (const Slot& slot : Queue(queue)) out.push_back(ToElement(slot));
+}
+
 MemoryQueueElement MemoryCounterQueues::PopFront(int queue) {
   assert(!IsEmpty(queue));
   const Element front = ToElement(Queue(queue).front());
@@ -29,12 +34,25 @@ MemoryQueueElement MemoryCounterQueues::PopFront(int queue) {
 
 void MemoryCounterQueues::RemoveAll(int queue, const std::vector<Element>& elements) {
   if (elements.empty()) return;
+  auto& q = Queue(queue);
+  if (q.empty()) return;
+  // Few elements: compare directly.
+  if (elements.size() <= 8) {
+    q.erase(std::remove_if(q.begin(), q.end(),
+                           [&](const Slot& slot) {
+                             const Element mine = ToElement(slot);
+                             for (const Element& e : elements)
+                               if (e == mine) return true;
+                             return false;
+                           }),
+            q.end());
+    return;
+  }
   auto order = [](const Element& a, const Element& b) {
     return a.info != b.info ? std::less<>()(a.info, b.info) : a.remaining < b.remaining;
   };
   std::vector<Element> sorted = elements;
   std::sort(sorted.begin(), sorted.end(), order);
-  auto& q = Queue(queue);
   q.erase(std::remove_if(q.begin(), q.end(),
                          [&](const Slot& slot) {
                            return std::binary_search(sorted.begin(), sorted.end(), ToElement(slot),
