@@ -13,28 +13,29 @@ namespace vesk {
 
 namespace {
 
+// isspace() of the "C" locale, without a library call per character.
+inline bool IsSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 std::string_view TrimView(std::string_view text) {
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) {
-    text.remove_suffix(1);
-  }
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
   return text;
 }
 
 }  // namespace
 
-TokenLine BaseIsaReader::Tokenize(std::string_view line) {
+void BaseIsaReader::TokenizeViews(std::string_view line, TokenViews& words) {
   // Equivalent to splitting the trimmed text before "//" at single blanks and
-  // dropping empty words, without the intermediate copies: every line of a
-  // listing goes through here.
+  // dropping empty words, without copies: every line of a listing goes
+  // through here.
+  words.clear();
   std::string_view text = line;
   if (const size_t comment = text.find("//"); comment != std::string_view::npos) {
     text = text.substr(0, comment);
   }
   text = TrimView(text);
-  TokenLine words;
   size_t position = 0;
   while (position < text.size()) {
     if (text[position] == ' ') {
@@ -43,10 +44,15 @@ TokenLine BaseIsaReader::Tokenize(std::string_view line) {
     }
     size_t end = text.find(' ', position);
     if (end == std::string_view::npos) end = text.size();
-    words.emplace_back(text.substr(position, end - position));
+    words.push_back(text.substr(position, end - position));
     position = end;
   }
-  return words;
+}
+
+TokenLine BaseIsaReader::Tokenize(std::string_view line) {
+  TokenViews views;
+  TokenizeViews(line, views);
+  return TokenLine(views.begin(), views.end());
 }
 
 std::vector<TokenLine> BaseIsaReader::GetLines(std::stringstream& input) {
@@ -70,18 +76,23 @@ bool BaseIsaReader::IsLLCLabel(const TokenLine& tokens) {
 
 namespace {
 
+bool IsLLCLabelLine(const TokenViews& tokens) {
+  return tokens.size() >= 2 && !tokens[0].empty() && tokens[0].back() == ':' &&
+         tokens[1].starts_with(";");
+}
+
 // The label a label line defines, or false when the line is no label line.
-bool ReadLabel(const TokenLine& tokens, std::string& label) {
-  const std::string& word = tokens[0];
+bool ReadLabel(const TokenViews& tokens, std::string& label) {
+  const std::string_view word = tokens[0];
   if (word.empty() || word.back() != ':') return false;
-  const std::string name = word.substr(0, word.size() - 1);
-  if (StartsWith(word, "label")) {
-    label = name.size() > 6 ? name.substr(6) : std::string();
-  } else if (StartsWith(word, "_L") || StartsWith(word, "BB")) {
+  const std::string_view name = word.substr(0, word.size() - 1);
+  if (word.starts_with("label")) {
+    label = name.size() > 6 ? std::string(name.substr(6)) : std::string();
+  } else if (word.starts_with("_L") || word.starts_with("BB")) {
     label = name.substr(2);
-  } else if (StartsWith(word, "_")) {
+  } else if (word.starts_with("_")) {
     label = name;
-  } else if (BaseIsaReader::IsLLCLabel(tokens)) {
+  } else if (IsLLCLabelLine(tokens)) {
     label = name;
   } else {
     return false;
@@ -91,12 +102,11 @@ bool ReadLabel(const TokenLine& tokens, std::string& label) {
 
 // The encoding suffix is dropped when the word contains it anywhere; the cut
 // is always at the end of the word.
-std::string StripEncodingSuffix(const std::string& word) {
+std::string_view StripEncodingSuffix(std::string_view word) {
   bool shortSuffix = false;  // "_e64", "_e32" or "_dpp" anywhere
   bool sdwa = false;         // "_sdwa" anywhere
-  const std::string_view view(word);
-  for (size_t p = view.find('_'); p != std::string_view::npos; p = view.find('_', p + 1)) {
-    const std::string_view rest = view.substr(p);
+  for (size_t p = word.find('_'); p != std::string_view::npos; p = word.find('_', p + 1)) {
+    const std::string_view rest = word.substr(p);
     shortSuffix |= rest.starts_with("_e64") || rest.starts_with("_e32") || rest.starts_with("_dpp");
     sdwa |= rest.starts_with("_sdwa");
   }
@@ -109,9 +119,8 @@ std::string StripEncodingSuffix(const std::string& word) {
 // each match, so every later piece starts with the blank, which trimming
 // removes. A piece with a blank holds an operand followed by modifier words
 // (offen, offset:16); only the last such piece keeps its modifiers.
-void SplitOperands(const std::string& text, std::vector<std::string>& args,
+void SplitOperands(const std::string_view all, std::vector<std::string>& args,
                    std::vector<std::string>& modifiers) {
-  const std::string_view all(text);
   size_t position = 0;
   while (true) {
     const size_t found = all.find(", ", position);
@@ -154,9 +163,18 @@ void AppendInvocation(std::vector<Invocation>& invocations, uint32_t line, Args&
 }  // namespace
 
 void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
-  if (tokens.empty() || BaseIsaReader::IsComment(tokens)) return;
-  const std::string& first = tokens[0];
-  if (first.find('(') != std::string::npos || first.find('@') != std::string::npos ||
+  views_.assign(tokens.begin(), tokens.end());
+  Read(views_, line);
+}
+
+void InstructionLineReader::Read(const TokenViews& tokens, uint32_t line) {
+  if (tokens.empty()) return;
+  const std::string_view first = tokens[0];
+  // A comment line: ";" or "//" in the first word.
+  if (first.find(';') != std::string_view::npos || first.find("//") != std::string_view::npos) {
+    return;
+  }
+  if (first.find('(') != std::string_view::npos || first.find('@') != std::string_view::npos ||
       first == "shader") {
     return;
   }
@@ -165,26 +183,37 @@ void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
     pendingLabels_.push_back(std::move(label));
     return;
   }
+  ReadInstruction(tokens, line, false);
+}
 
-  const std::string opcode = StripEncodingSuffix(first);
+void InstructionLineReader::ReadInstruction(const TokenViews& tokens, uint32_t line,
+                                            bool namedTarget) {
+  opcode_.assign(StripEncodingSuffix(tokens[0]));
+  // The operand words joined by single blanks and trimmed (a word may hold
+  // tabs), then split into operands and modifiers.
+  operandText_.clear();
+  for (size_t i = 1; i < tokens.size(); ++i) {
+    if (i > 1) operandText_ += ' ';
+    operandText_ += tokens[i];
+  }
   std::vector<std::string> args;
   std::vector<std::string> modifiers;
-  SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
-  AppendInvocation(invocations_, line, instructionSet_, opcode, std::move(args),
-                   std::move(modifiers), std::move(pendingLabels_));
+  SplitOperands(TrimView(operandText_), args, modifiers);
+  if (namedTarget) {
+    std::string target = args.empty() ? std::string() : args[0];
+    AppendInvocation(invocations_, line, instructionSet_, opcode_, std::move(args),
+                     std::move(modifiers), std::move(pendingLabels_), std::move(target));
+  } else {
+    AppendInvocation(invocations_, line, instructionSet_, opcode_, std::move(args),
+                     std::move(modifiers), std::move(pendingLabels_));
+  }
   pendingLabels_.clear();
 }
 
 void InstructionLineReader::ReadInstructionWithNamedTarget(const TokenLine& tokens, uint32_t line) {
   if (tokens.empty()) return;
-  const std::string opcode = StripEncodingSuffix(tokens[0]);
-  std::vector<std::string> args;
-  std::vector<std::string> modifiers;
-  SplitOperands(Trim(Join(" ", tokens.begin() + 1, tokens.end())), args, modifiers);
-  std::string target = args.empty() ? std::string() : args[0];
-  AppendInvocation(invocations_, line, instructionSet_, opcode, std::move(args),
-                   std::move(modifiers), std::move(pendingLabels_), std::move(target));
-  pendingLabels_.clear();
+  views_.assign(tokens.begin(), tokens.end());
+  ReadInstruction(views_, line, true);
 }
 
 std::vector<Invocation> BaseIsaReader::ReadInstructions(const InstructionSet& instructionSet,

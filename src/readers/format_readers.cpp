@@ -16,8 +16,13 @@ namespace vesk {
 
 namespace {
 
-bool HasWord(const TokenLine& tokens, const char* word) {
-  for (const std::string& token : tokens)
+// isspace() of the "C" locale.
+bool IsCSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+bool HasWord(const TokenViews& tokens, std::string_view word) {
+  for (const std::string_view token : tokens)
     if (token == word) return true;
   return false;
 }
@@ -35,12 +40,13 @@ std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
   instructions.Reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
   long lineIndex = 0;
   long endIndex = -1;
+  TokenViews tokens;
   // Lines are read in place. Unlike GetLines, an unterminated last line is
   // kept: only the end of the text stops the reading.
   for (size_t start = 0; start < text.size(); ++lineIndex) {
     size_t end = text.find('\n', start);
     if (end == std::string_view::npos) end = text.size();
-    TokenLine tokens = Tokenize(text.substr(start, end - start));
+    TokenizeViews(text.substr(start, end - start), tokens);
     start = end + 1;
     if (HasWord(tokens, "s_endpgm")) endIndex = lineIndex;
     if (tokens.size() == 1 && tokens[0] == "s_code_end") break;
@@ -64,17 +70,14 @@ bool ShaderAnalyzerIsaReader::CanParse(std::stringstream& input) {
   // A line whose text, after leading white space, starts with "shader". The
   // text is scanned in place; the stream is rewound either way so that the
   // chosen reader sees the whole listing.
+  // Only the places where the word occurs are looked at.
   const std::string_view text = input.view();
   bool found = false;
-  for (size_t start = 0; start < text.size() && !found;) {
-    size_t end = text.find('\n', start);
-    if (end == std::string_view::npos) end = text.size();
-    std::string_view line = text.substr(start, end - start);
-    while (!line.empty() && std::isspace(static_cast<unsigned char>(line.front()))) {
-      line.remove_prefix(1);
-    }
-    found = line.starts_with("shader");
-    start = end + 1;
+  for (size_t at = text.find("shader"); at != std::string_view::npos && !found;
+       at = text.find("shader", at + 1)) {
+    size_t start = at;
+    while (start > 0 && text[start - 1] != '\n' && IsCSpace(text[start - 1])) --start;
+    found = start == 0 || text[start - 1] == '\n';
   }
   input.clear();
   input.seekg(0);

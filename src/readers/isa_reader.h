@@ -16,6 +16,8 @@
 namespace vesk {
 
 using TokenLine = std::vector<std::string>;
+// The words of one line as views into the listing text.
+using TokenViews = std::vector<std::string_view>;
 
 // A token line with the 1-based number of the listing line it came from.
 struct NumberedLine {
@@ -52,6 +54,8 @@ class BaseIsaReader : public IsaReader {
   static std::vector<TokenLine> GetLines(std::stringstream& input);
   // Splits one line the way GetLines does.
   static TokenLine Tokenize(std::string_view line);
+  // The same words as views into `line`, replacing the content of `words`.
+  static void TokenizeViews(std::string_view line, TokenViews& words);
   static bool IsComment(const TokenLine& tokens);
   static bool IsLLCLabel(const TokenLine& tokens);
   static std::vector<Invocation> ReadInstructions(const InstructionSet& instructionSet,
@@ -67,6 +71,7 @@ class InstructionLineReader {
       : instructionSet_(instructionSet) {}
   // `line` is the 1-based listing line the tokens came from.
   void Read(const TokenLine& tokens, uint32_t line);
+  void Read(const TokenViews& tokens, uint32_t line);
   // A label whose name the caller has already read from its line; kept as given.
   void AddLabel(std::string label) { pendingLabels_.push_back(std::move(label)); }
   // A line the caller knows to be an instruction (opcode first). A branch or
@@ -77,9 +82,18 @@ class InstructionLineReader {
   std::vector<Invocation> TakeInvocations() { return std::move(invocations_); }
 
  private:
+  // Builds the invocation of an instruction line; `namedTarget` keeps the
+  // first operand as the branch target.
+  void ReadInstruction(const TokenViews& tokens, uint32_t line, bool namedTarget);
+
   const InstructionSet& instructionSet_;
   std::vector<Invocation> invocations_;
   std::vector<std::string> pendingLabels_;
+  // Reused between lines, so that reading a line allocates only what the
+  // invocation keeps.
+  TokenViews views_;
+  std::string operandText_;
+  std::string opcode_;
 };
 
 class RawIsaReader : public BaseIsaReader {
