@@ -150,15 +150,34 @@ PerInvocationCfgNode* GetExitImpl(const PerInvocationCfg::NodeList& nodes) {
   std::vector<PerInvocationCfgNode*> stack;
   stack.reserve(nodes.size());
   for (const auto& node : nodes) stack.push_back(node.get());
-  VisitedSet seen;
+  std::vector<char> seen(nodes.size(), 0);
   while (!stack.empty()) {
     PerInvocationCfgNode* node = stack.back();
     stack.pop_back();
     if (node->GetSuccessors().empty()) return node;
-    if (!seen.Insert(node)) continue;
+    if (seen[node->GetIndex()]) continue;
+    seen[node->GetIndex()] = 1;
     for (PerInvocationCfgNode* successor : node->GetSuccessors()) stack.push_back(successor);
   }
   return nullptr;
+}
+
+// GatherDepthFirst(start, Backward) over the nodes of one graph, marking
+// visits by node index rather than in a hash set.
+std::vector<PerInvocationCfgNode*> GatherBackwardInGraph(PerInvocationCfgNode* start,
+                                                         size_t nodeCount) {
+  std::vector<PerInvocationCfgNode*> result;
+  std::vector<PerInvocationCfgNode*> stack{start};
+  std::vector<char> visited(nodeCount, 0);
+  while (!stack.empty()) {
+    PerInvocationCfgNode* node = stack.back();
+    stack.pop_back();
+    if (visited[node->GetIndex()]) continue;
+    visited[node->GetIndex()] = 1;
+    result.push_back(node);
+    for (PerInvocationCfgNode* neighbour : node->GetPredecessors()) stack.push_back(neighbour);
+  }
+  return result;
 }
 
 template <typename NodePointer>
@@ -222,6 +241,7 @@ bool PerInvocationCfgNode::UpdateIn() {
 PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
   NodesByBlock nodesByBlock;
   LowerBasicBlockCfgToPerIncovationCfg(entry, type, nodesByBlock, nodes);
+  for (size_t i = 0; i < nodes.size(); ++i) nodes[i]->index = static_cast<int>(i);
   root = nodes.empty() ? nullptr : nodes.front().get();
 
   exit = GetExitImpl(nodes);
@@ -235,9 +255,12 @@ PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
   // level). Both sets only grow, so the least fixpoint reached is the same in
   // any visiting order; starting in depth-first order from the exit along
   // predecessor links settles straight-line code in one visit per node.
-  const std::vector<PerInvocationCfgNode*> order = GatherDepthFirst(exit, GatherOrder::Backward);
-  const std::vector<const PerInvocationCfgNode*> constOrder(order.begin(), order.end());
-  const PerInvocationCfgNodeIndex index(constOrder);
+  backwardOrder = GatherBackwardInGraph(exit, nodes.size());
+  const std::vector<PerInvocationCfgNode*>& order = backwardOrder;
+  // Position in `order` of every node, by node index; -1 for nodes that do
+  // not reach the exit.
+  std::vector<int> positionOf(nodes.size(), -1);
+  for (size_t i = 0; i < order.size(); ++i) positionOf[order[i]->GetIndex()] = static_cast<int>(i);
   std::vector<char> queued(order.size(), 1);
   std::deque<int> queue(order.size());
   for (size_t i = 0; i < order.size(); ++i) queue[i] = static_cast<int>(i);
@@ -250,7 +273,7 @@ PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type) {
     if (!node->UpdateIn()) continue;
     // Predecessors of a node that reaches the exit reach it too.
     for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
-      const int next = index.Find(predecessor);
+      const int next = positionOf[predecessor->GetIndex()];
       if (next >= 0 && !queued[next]) {
         queued[next] = 1;
         queue.push_back(next);

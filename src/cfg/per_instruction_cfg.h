@@ -38,6 +38,9 @@ class PerInvocationCfgNode {
   const std::vector<PerInvocationCfgNode*>& GetPredecessors() const { return predecessors; }
   const Set& In() const { return in; }
   const Set& Out() const { return out; }
+  // The node's position in its graph's node list (GetNodes), so that per-node
+  // tables can be plain vectors; -1 for a node outside a graph.
+  int GetIndex() const { return index; }
 
   // Registers of the node's class the instruction writes / reads; empty for
   // a node without instruction.
@@ -53,11 +56,13 @@ class PerInvocationCfgNode {
  private:
   PerInvocationCfgNode(const Invocation* invocation, const BasicBlock* block, int order,
                        RegisterType type);
+  friend class PerInvocationCfg;
 
   const Invocation* invocation;
   const BasicBlock* block;
   int order;
   RegisterType type;
+  int index = -1;
   Set in;
   Set out;
   std::vector<PerInvocationCfgNode*> successors;
@@ -80,11 +85,15 @@ class PerInvocationCfg {
   PerInvocationCfgNode* GetExit() const { return exit; }
   // All nodes, in the order they were created.
   const NodeList& GetNodes() const { return nodes; }
+  // The nodes that reach the exit, in the depth-first pre-order from the exit
+  // along predecessor links (GatherDepthFirst(GetExit(), Backward)).
+  const std::vector<PerInvocationCfgNode*>& GetBackwardOrder() const { return backwardOrder; }
 
  private:
   PerInvocationCfgNode* root = nullptr;
   NodeList nodes;
   PerInvocationCfgNode* exit = nullptr;
+  std::vector<PerInvocationCfgNode*> backwardOrder;
 };
 
 // Dense numbers 0..n-1 for a list of nodes, looked up by node pointer, so

@@ -29,8 +29,14 @@ struct Node {
 // strips them until their first write. Each node is settled at its first
 // visit: a predecessor not visited yet (the source of a loop's back edge)
 // adds what it holds at that moment.
-std::vector<Set> FindUnwrittenRegisters(const std::vector<const PerInvocationCfgNode*>& collected,
-                                        const PerInvocationCfgNodeIndex& index) {
+std::vector<Set> FindUnwrittenRegisters(const std::vector<PerInvocationCfgNode*>& collected,
+                                        size_t nodeCount) {
+  // Position in `collected` by node index; -1 for nodes that do not reach the
+  // end of the program.
+  std::vector<int> positionOf(nodeCount, -1);
+  for (size_t i = 0; i < collected.size(); ++i) {
+    positionOf[collected[i]->GetIndex()] = static_cast<int>(i);
+  }
   std::vector<Set> unwritten(collected.size());
   std::vector<int> queue;
   for (size_t i = 0; i < collected.size(); ++i) {
@@ -50,14 +56,14 @@ std::vector<Set> FindUnwrittenRegisters(const std::vector<const PerInvocationCfg
     // Predecessors of a collected node are collected too: they reach the
     // end of the program through it.
     for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
-      merged |= unwritten[index.Find(predecessor)];
+      merged |= unwritten[positionOf[predecessor->GetIndex()]];
     }
     merged -= node->Def();
     unwritten[position] = merged;
     // Successors that cannot reach the end of the program are not part of
     // the result and cannot feed a node that is; they are left out.
     for (const PerInvocationCfgNode* successor : node->GetSuccessors()) {
-      const int next = index.Find(successor);
+      const int next = positionOf[successor->GetIndex()];
       if (next >= 0) queue.push_back(next);
     }
   }
@@ -71,8 +77,9 @@ RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocati
   const BasicBlockList blocks = CreateBasicBlocksFromInvocations(invocations);
   const PerInvocationCfg cfg(blocks.front().get(), type);
 
-  const std::vector<const PerInvocationCfgNode*> collected = GatherDepthFirst(
-      static_cast<const PerInvocationCfgNode*>(cfg.GetExit()), GatherOrder::Backward);
+  // The depth-first order from the exit along predecessor links, which the
+  // graph has already gathered for its solve.
+  const std::vector<PerInvocationCfgNode*>& collected = cfg.GetBackwardOrder();
 
   std::vector<Node> sorted;
   sorted.reserve(collected.size());
@@ -87,7 +94,7 @@ RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocati
 
   std::vector<Set> unwritten;
   if (options.removeStartLines) {
-    unwritten = FindUnwrittenRegisters(collected, PerInvocationCfgNodeIndex(collected));
+    unwritten = FindUnwrittenRegisters(collected, cfg.GetNodes().size());
   }
 
   RegisterStates states;
