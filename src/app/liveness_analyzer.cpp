@@ -16,8 +16,7 @@ LivenessAnalyzer::LivenessAnalyzer(std::stringstream& input, std::ostream* outpu
 bool LivenessAnalyzer::InvokeImpl() {
   vesk::LivenessAnalysisOptions analysisOptions;
   analysisOptions.removeStartLines = (options & AnalyzeLiveness::removeStartLines) != 0;
-  const vesk::RegisterStates states =
-      LivenessAnalysis::Analyze(invocations, vesk::VGPR, analysisOptions);
+  const vesk::LivenessStates states(invocations, vesk::VGPR, analysisOptions);
   const vesk::RegisterUsage usage = LivenessAnalysis::GetRegisterUsage(states);
   const int width = usage.maxRegisterIndex + 1;
   const bool summaryOnly = (options & AnalyzeLiveness::summaryOnly) != 0;
@@ -47,11 +46,11 @@ bool LivenessAnalyzer::InvokeImpl() {
     report.append(80, '-');
     report += '\n';
     // The first and last entries are the graph's entry and exit nodes.
-    if (states.size() >= 3) {
-      for (size_t i = 1; i + 1 < states.size(); ++i) {
+    if (states.Size() >= 3) {
+      for (size_t i = 1; i + 1 < states.Size(); ++i) {
         report += vesk::LeftPad(static_cast<int>(i), 6);
         report += " | ";
-        LivenessAnalysis::AppendRegisterUsage(report, states[i], usage);
+        LivenessAnalysis::AppendRegisterUsage(report, states.Get(i), usage);
         report += '\n';
         flushLarge();
       }

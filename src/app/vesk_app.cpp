@@ -252,6 +252,9 @@ bool VeskApp::Execute() {
   // comment line in dot output, so the file still renders). Layouts that
   // hold one unnamed program print their report alone.
   std::vector<vesk::ListingProgram> programs = reader->ReadPrograms(inputStream, *instructionSet);
+  // The programs own everything they need from the text; its memory goes
+  // back before the analyses build their graphs.
+  std::stringstream().swap(inputStream);
   SelectFunction(programs);
   const bool headers = functionName.empty() && !programs.empty() && !programs[0].name.empty();
   const bool dot = dumpBbCfgCommand->parsed() || dumpPiCfgCommand->parsed();

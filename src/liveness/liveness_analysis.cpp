@@ -3,6 +3,8 @@
 #include "liveness/liveness_analysis.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 
 #include "cfg/basic_block.h"
 #include "cfg/per_instruction_cfg.h"
@@ -13,14 +15,6 @@ namespace vesk {
 namespace {
 
 using Set = RegisterState::Set;
-
-// A graph node with its position in the program, for sorting.
-struct Node {
-  int blockOrder;
-  int nodeOrder;
-  const PerInvocationCfgNode* node;
-  size_t position;  // in the depth-first order
-};
 
 // For every collected node (by its position in `collected`), the registers
 // that are live at the program start and not yet written on the way to it.
@@ -72,42 +66,66 @@ std::vector<Set> FindUnwrittenRegisters(const std::vector<PerInvocationCfgNode*>
 
 }  // namespace
 
-RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocations,
-                                         RegisterType type, LivenessAnalysisOptions options) {
-  const BasicBlockList blocks = CreateBasicBlocksFromInvocations(invocations);
-  const PerInvocationCfg cfg(blocks.front().get(), type);
-
+LivenessStates::LivenessStates(const std::vector<Invocation>& invocations, RegisterType type,
+                               LivenessAnalysisOptions options)
+    : blocks_(CreateBasicBlocksFromInvocations(invocations)),
+      cfg_(std::make_unique<PerInvocationCfg>(blocks_.front().get(), type)) {
   // The depth-first order from the exit along predecessor links, which the
   // graph has already gathered for its solve.
-  const std::vector<PerInvocationCfgNode*>& collected = cfg.GetBackwardOrder();
+  const std::vector<PerInvocationCfgNode*>& collected = cfg_->GetBackwardOrder();
 
-  std::vector<Node> sorted;
-  sorted.reserve(collected.size());
+  // Program order: by block, then by place in the block (unique per node).
+  struct Keyed {
+    uint64_t key;
+    uint32_t position;
+  };
+  std::vector<Keyed> keyed(collected.size());
   for (size_t i = 0; i < collected.size(); ++i) {
     const PerInvocationCfgNode* node = collected[i];
-    sorted.push_back({node->GetBasicBlock()->GetOrder(), node->GetOrder(), node, i});
+    const uint64_t block = static_cast<uint32_t>(node->GetBasicBlock()->GetOrder());
+    const uint64_t place = static_cast<uint32_t>(node->GetOrder());
+    keyed[i] = {(block << 32) | place, static_cast<uint32_t>(i)};
   }
-  std::sort(sorted.begin(), sorted.end(), [](const Node& a, const Node& b) {
-    if (a.blockOrder != b.blockOrder) return a.blockOrder < b.blockOrder;
-    return a.nodeOrder < b.nodeOrder;
-  });
+  std::sort(keyed.begin(), keyed.end(),
+            [](const Keyed& a, const Keyed& b) { return a.key < b.key; });
+  sorted_.resize(keyed.size());
+  for (size_t i = 0; i < keyed.size(); ++i) sorted_[i] = keyed[i].position;
+  std::vector<Keyed>().swap(keyed);
 
-  std::vector<Set> unwritten;
   if (options.removeStartLines) {
-    unwritten = FindUnwrittenRegisters(collected, cfg.GetNodes().size());
+    unwritten_ = FindUnwrittenRegisters(collected, cfg_->GetNodes().size());
   }
+}
 
+LivenessStates::~LivenessStates() = default;
+
+std::pair<const Invocation*, RegisterState> LivenessStates::Get(size_t i) const {
+  const size_t position = sorted_[i];
+  const PerInvocationCfgNode* node = cfg_->GetBackwardOrder()[position];
+  const Set hidden = unwritten_.empty() ? Set() : unwritten_[position];
+  const Set live = (node->In() | node->Out()) - hidden;
+  const Set read = node->Use() - hidden;
+  // A write is always shown, even of a register hidden as unwritten.
+  return {node->GetInvocation(), RegisterState(read, node->Def(), live)};
+}
+
+RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocations,
+                                         RegisterType type, LivenessAnalysisOptions options) {
+  const LivenessStates computed(invocations, type, options);
   RegisterStates states;
-  states.reserve(sorted.size());
-  for (const Node& entry : sorted) {
-    const PerInvocationCfgNode* node = entry.node;
-    const Set hidden = unwritten.empty() ? Set() : unwritten[entry.position];
-    const Set live = (node->In() | node->Out()) - hidden;
-    const Set read = node->Use() - hidden;
-    // A write is always shown, even of a register hidden as unwritten.
-    states.emplace_back(node->GetInvocation(), RegisterState(read, node->Def(), live));
-  }
+  states.reserve(computed.Size());
+  for (size_t i = 0; i < computed.Size(); ++i) states.push_back(computed.Get(i));
   return states;
+}
+
+RegisterUsage LivenessAnalysis::GetRegisterUsage(const LivenessStates& states) {
+  RegisterUsage usage;
+  for (size_t i = 0; i < states.Size(); ++i) {
+    const Set live = states.Get(i).second.Live();
+    usage.maxLiveCount = std::max(usage.maxLiveCount, live.Count());
+    if (!live.IsEmpty()) usage.maxRegisterIndex = std::max(usage.maxRegisterIndex, live.Last());
+  }
+  return usage;
 }
 
 RegisterUsage LivenessAnalysis::GetRegisterUsage(const RegisterStates& states) {

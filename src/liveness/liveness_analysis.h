@@ -2,10 +2,13 @@
 // and the register-pressure figures condensed from it.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "cfg/basic_block.h"
 #include "isa/invocation.h"
 #include "isa/registers.h"
 
@@ -44,6 +47,32 @@ struct LivenessAnalysisOptions {
 
 using RegisterStates = std::vector<std::pair<const Invocation*, RegisterState>>;
 
+class PerInvocationCfg;
+
+// The liveness of one program, held as its solved graph with the nodes in
+// program order; each state is formed when asked for, so that a long
+// program's report needs no table of them.
+class LivenessStates {
+ public:
+  LivenessStates(const std::vector<Invocation>& invocations, RegisterType type,
+                 LivenessAnalysisOptions options);
+  ~LivenessStates();
+  size_t Size() const { return sorted_.size(); }
+  // The state of the i-th node in program order, as Analyze gives it.
+  std::pair<const Invocation*, RegisterState> Get(size_t i) const;
+
+ private:
+  using Set = RegisterState::Set;
+
+  BasicBlockList blocks_;
+  std::unique_ptr<PerInvocationCfg> cfg_;
+  // Positions in the graph's backward order, in program order.
+  std::vector<uint32_t> sorted_;
+  // By position in the backward order: registers hidden as not yet written;
+  // empty unless start lines are removed.
+  std::vector<Set> unwritten_;
+};
+
 class LivenessAnalysis {
  public:
   // One pair per node of the per-instruction graph that reaches the program's
@@ -52,6 +81,7 @@ class LivenessAnalysis {
   static RegisterStates Analyze(const std::vector<Invocation>& invocations, RegisterType type,
                                 LivenessAnalysisOptions options);
   static RegisterUsage GetRegisterUsage(const RegisterStates& states);
+  static RegisterUsage GetRegisterUsage(const LivenessStates& states);
   // One report line after the line-number column: live count, one character
   // per register (x read+written, v read, ^ written, : live), instruction.
   static std::string FormatRegisterUsage(const std::pair<const Invocation*, RegisterState>& state,
