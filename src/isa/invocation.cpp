@@ -31,31 +31,50 @@ std::string TargetFromOperand(const std::string& operand) {
 
 }  // namespace
 
+const std::vector<std::string> Invocation::kNoWords;
+const std::string Invocation::kNoText;
+
 Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
                        std::vector<std::string> args_, std::vector<std::string> modifiers_,
                        std::vector<std::string> labels_)
-    : instruction(&unknownInstruction_),
-      args(std::move(args_)),
-      modifiers(std::move(modifiers_)),
-      labels(std::move(labels_)) {
+    : instruction(&unknownInstruction_), args(std::move(args_)) {
   // An opcode the table does not hold binds to the unknown record.
   if (const Instruction* record = set.Find(opcode.c_str())) instruction = record;
+  std::string target;
   if (instruction->IsBranch() || instruction->IsJump()) {
     target = TargetFromOperand(args.empty() ? std::string() : args[0]);
   }
+  SetExtras(std::move(modifiers_), std::move(labels_), std::move(target));
   ComputeUsedOperands();
 }
 
 Invocation::Invocation(const InstructionSet& set, const std::string& opcode,
                        std::vector<std::string> args_, std::vector<std::string> modifiers_,
                        std::vector<std::string> labels_, std::string target_)
-    : instruction(&unknownInstruction_),
-      args(std::move(args_)),
-      modifiers(std::move(modifiers_)),
-      labels(std::move(labels_)) {
+    : instruction(&unknownInstruction_), args(std::move(args_)) {
   if (const Instruction* record = set.Find(opcode.c_str())) instruction = record;
-  if (instruction->IsBranch() || instruction->IsJump()) target = std::move(target_);
+  if (!instruction->IsBranch() && !instruction->IsJump()) target_.clear();
+  SetExtras(std::move(modifiers_), std::move(labels_), std::move(target_));
   ComputeUsedOperands();
+}
+
+Invocation::Invocation(const Invocation& other)
+    : instruction(other.instruction),
+      args(other.args),
+      extras(other.extras ? std::make_unique<Extras>(*other.extras) : nullptr),
+      sourceLine(other.sourceLine),
+      usedOperands(other.usedOperands) {}
+
+Invocation& Invocation::operator=(const Invocation& other) {
+  if (this != &other) *this = Invocation(other);
+  return *this;
+}
+
+void Invocation::SetExtras(std::vector<std::string>&& modifiers, std::vector<std::string>&& labels,
+                           std::string&& target) {
+  if (modifiers.empty() && labels.empty() && target.empty()) return;
+  extras =
+      std::make_unique<Extras>(Extras{std::move(modifiers), std::move(labels), std::move(target)});
 }
 
 namespace {
@@ -203,6 +222,7 @@ std::string Invocation::ToString(bool withLabels, bool withModifiers) const {
 }
 
 void Invocation::AppendText(std::string& line, bool withLabels, bool withModifiers) const {
+  const std::vector<std::string>& labels = GetLabels();
   if (withLabels && !labels.empty()) {
     for (size_t i = 0; i < labels.size(); ++i) {
       line += "label_";
@@ -216,6 +236,7 @@ void Invocation::AppendText(std::string& line, bool withLabels, bool withModifie
     if (i > 0) line += ", ";
     line += args[i];
   }
+  const std::vector<std::string>& modifiers = GetModifiers();
   if (withModifiers && !modifiers.empty()) {
     for (const std::string& modifier : modifiers) {
       line += ' ';

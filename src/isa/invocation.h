@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -36,11 +37,18 @@ class Invocation {
   Invocation(const InstructionSet& set, const std::string& opcode, std::vector<std::string> args,
              std::vector<std::string> modifiers, std::vector<std::string> labels,
              std::string target);
+  Invocation(const Invocation& other);
+  Invocation(Invocation&&) noexcept = default;
+  Invocation& operator=(const Invocation& other);
+  Invocation& operator=(Invocation&&) noexcept = default;
+  ~Invocation() = default;
 
   const Instruction* GetInstruction() const { return instruction; }
   const std::vector<std::string>& GetArgs() const { return args; }
-  const std::vector<std::string>& GetModifiers() const { return modifiers; }
-  const std::vector<std::string>& GetLabels() const { return labels; }
+  const std::vector<std::string>& GetModifiers() const {
+    return extras ? extras->modifiers : kNoWords;
+  }
+  const std::vector<std::string>& GetLabels() const { return extras ? extras->labels : kNoWords; }
   std::string GetArg(size_t i) const { return args[i]; }
 
   bool Is(const char* name) const { return instruction->Is(name); }
@@ -54,8 +62,8 @@ class Invocation {
   uint32_t GetSourceLine() const { return sourceLine; }
   void SetSourceLine(uint32_t line) { sourceLine = line; }
 
-  const std::string& GetBranchTarget() const { return target; }
-  const std::string& GetJumpTarget() const { return target; }
+  const std::string& GetBranchTarget() const { return extras ? extras->target : kNoText; }
+  const std::string& GetJumpTarget() const { return GetBranchTarget(); }
 
   const InstructionOperands& GetUsedOperands(RegisterType type) const { return usedOperands[type]; }
   // The registers of one class that the operands read and write, by the
@@ -79,13 +87,24 @@ class Invocation {
   void AppendText(std::string& line, bool withLabels, bool withModifiers) const;
 
  private:
+  // What most instruction lines lack: modifiers, labels, a branch target.
+  // Held apart and only when present, which keeps the record of an ordinary
+  // line small.
+  struct Extras {
+    std::vector<std::string> modifiers;
+    std::vector<std::string> labels;
+    std::string target;
+  };
+  static const std::vector<std::string> kNoWords;
+  static const std::string kNoText;
+
   void ComputeUsedOperands();
+  void SetExtras(std::vector<std::string>&& modifiers, std::vector<std::string>&& labels,
+                 std::string&& target);
 
   const Instruction* instruction;
   std::vector<std::string> args;
-  std::vector<std::string> modifiers;
-  std::vector<std::string> labels;
-  std::string target;
+  std::unique_ptr<Extras> extras;
   uint32_t sourceLine = 0;
   std::array<InstructionOperands, 2> usedOperands;
 };

@@ -1,6 +1,7 @@
 // The shared reader machinery: token lines, comment and label recognition,
 // and the conversion of token lines into invocations.
 #include <cctype>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -196,9 +197,14 @@ void InstructionLineReader::ReadInstruction(const TokenViews& tokens, uint32_t l
     if (i > 1) operandText_ += ' ';
     operandText_ += tokens[i];
   }
-  std::vector<std::string> args;
-  std::vector<std::string> modifiers;
-  SplitOperands(TrimView(operandText_), args, modifiers);
+  argsScratch_.clear();
+  modifiersScratch_.clear();
+  SplitOperands(TrimView(operandText_), argsScratch_, modifiersScratch_);
+  // The invocation keeps vectors of exactly the words it holds.
+  std::vector<std::string> args(std::make_move_iterator(argsScratch_.begin()),
+                                std::make_move_iterator(argsScratch_.end()));
+  std::vector<std::string> modifiers(std::make_move_iterator(modifiersScratch_.begin()),
+                                     std::make_move_iterator(modifiersScratch_.end()));
   if (namedTarget) {
     std::string target = args.empty() ? std::string() : args[0];
     AppendInvocation(invocations_, line, instructionSet_, opcode_, std::move(args),

@@ -94,6 +94,8 @@ class InstructionLineReader {
   TokenViews views_;
   std::string operandText_;
   std::string opcode_;
+  std::vector<std::string> argsScratch_;
+  std::vector<std::string> modifiersScratch_;
 };
 
 class RawIsaReader : public BaseIsaReader {
