@@ -1,12 +1,17 @@
 // Whole-text reading in growing chunks straight into the result string.
 #include "util/read_text.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace vesk {
 
-bool ReadAll(std::istream& in, std::string& text) {
-  size_t chunk = 1 << 16;
+bool ReadAll(std::istream& in, std::string& text, size_t sizeHint) {
+  // With the expected size known, the first read takes it all (and one byte
+  // more, to see the end), so the text is not copied while it grows.
+  size_t chunk = sizeHint > 0 ? sizeHint + 1 : size_t{1} << 16;
   while (true) {
     const size_t size = text.size();
     text.resize(size + chunk);
@@ -24,8 +29,16 @@ bool ReadAll(std::istream& in, std::string& text) {
 std::optional<std::string> ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
+  // A regular file tells its size, which serves as a hint only: the reading
+  // still goes to the end, wherever that is.
+  std::error_code error;
+  size_t sizeHint = 0;
+  if (std::filesystem::is_regular_file(path, error)) {
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size < (std::uintmax_t{1} << 40)) sizeHint = static_cast<size_t>(size);
+  }
   std::string text;
-  if (!ReadAll(file, text)) return std::nullopt;
+  if (!ReadAll(file, text, sizeHint)) return std::nullopt;
   return text;
 }
 

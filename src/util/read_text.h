@@ -3,6 +3,7 @@
 // size first, since only regular files know it.
 #pragma once
 
+#include <cstddef>
 #include <istream>
 #include <optional>
 #include <string>
@@ -12,7 +13,8 @@ namespace vesk {
 // Appends everything `in` delivers until its end to `text`. False when a read
 // fails before the end (for example on a directory); `text` then holds what
 // was read up to the failure.
-bool ReadAll(std::istream& in, std::string& text);
+// `sizeHint`, when not 0, is the size the input is expected to have.
+bool ReadAll(std::istream& in, std::string& text, size_t sizeHint = 0);
 
 // The whole content of the file at `path`; nothing when it cannot be opened
 // or read to its end.
