@@ -192,20 +192,40 @@ std::string HardwareState::ToString() const {
 
 void HardwareState::ReevaluateCounters() {
   RefreshPending();
-  const ScoreboardArray& w = write_scoreboards_;
-  const ScoreboardArray& r = read_scoreboards_;
-  const ScoreboardUsageCounts standard = GetUsageCountsForRange(w, 256, 384);
-  const ScoreboardUsageCounts exec = GetUsageCountsForRange(w, kExec, kExec + 1);
-  const ScoreboardUsageCounts vcc = GetUsageCountsForRange(w, kVcc, kVcc + 1);
-  const ScoreboardUsageCounts m0 = GetUsageCountsForRange(w, kM0, kM0 + 1);
+  // Sums over the scoreboards with live entries only (the others add
+  // nothing), each into the register class it belongs to.
+  ScoreboardUsageCounts standard;
+  ScoreboardUsageCounts exec;
+  ScoreboardUsageCounts vcc;
+  ScoreboardUsageCounts m0;
   ScoreboardUsageCounts conditionBits;
-  for (RegisterID reg : {kScc, kSccz, kVccz, kExecz})
-    conditionBits += GetUsageCountsForRange(w, reg, reg + 1);
-  const ScoreboardUsageCounts vgprWrites = GetUsageCountsForRange(w, 0, 256);
-  const ScoreboardUsageCounts vgprReads = GetUsageCountsForRange(r, 0, 256);
+  ScoreboardUsageCounts vgprWrites;
+  for (int reg : live_[kWrite]) {
+    const ScoreboardUsageCounts counts = WriteBoard(reg).GetUsageCounts();
+    if (IsVGPR(reg))
+      vgprWrites += counts;
+    else if (reg < kExec)
+      standard += counts;
+    else if (reg == kExec)
+      exec += counts;
+    else if (reg == kVcc)
+      vcc += counts;
+    else if (reg == kM0)
+      m0 += counts;
+    else
+      conditionBits += counts;  // scc, sccz, vccz, execz
+  }
+  ScoreboardUsageCounts vgprReads;
   ScoreboardUsageCounts sgprReads;
-  for (RegisterID reg = 256; reg < kRegisterCount; ++reg)
-    if (reg != kVcc && reg != kVccz) sgprReads += GetUsageCountsForRange(r, reg, reg + 1);
+  for (int reg : live_[kRead]) {
+    if (IsVGPR(reg))
+      vgprReads += ReadBoard(reg).GetUsageCounts();
+    else if (reg != kVcc && reg != kVccz)
+      sgprReads += ReadBoard(reg).GetUsageCounts();
+  }
+  static_assert(kExec == 384 && kVcc == 385 && kScc == 386 && kSccz == 387 && kM0 == 388 &&
+                    kVccz == 389 && kExecz == 390 && kRegisterIdCount == 391,
+                "the special registers follow the 128 standard SGPRs in this order");
 
   auto valuOrTrans = [](const ScoreboardUsageCounts& u) { return u.valuEntries + u.transEntries; };
   auto valuInstructions = [](const ScoreboardUsageCounts& u) {
