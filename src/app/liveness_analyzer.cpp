@@ -48,7 +48,7 @@ bool LivenessAnalyzer::InvokeImpl() {
     // The first and last entries are the graph's entry and exit nodes.
     if (states.Size() >= 3) {
       for (size_t i = 1; i + 1 < states.Size(); ++i) {
-        report += vesk::LeftPad(static_cast<int>(i), 6);
+        vesk::AppendLeftPadded(report, static_cast<int>(i), 6);
         report += " | ";
         LivenessAnalysis::AppendRegisterUsage(report, states.Get(i), usage);
         report += '\n';

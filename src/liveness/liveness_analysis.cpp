@@ -144,7 +144,7 @@ void LivenessAnalysis::AppendRegisterUsage(std::string& line,
   const Invocation* invocation = state.first;
   if (!invocation) return;
   const RegisterState& registers = state.second;
-  line += LeftPad(registers.Live().Count(), 3);
+  AppendLeftPadded(line, registers.Live().Count(), 3);
   line += " | ";
   // One column per register up to the highest live one: blank, then ':' for
   // live, '^' for written, 'v' for read, 'x' for both, later marks winning.

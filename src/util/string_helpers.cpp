@@ -92,6 +92,20 @@ std::string LeftPad(int value, int width) {
   return digits;
 }
 
+void AppendLeftPadded(std::string& text, int value, int width) {
+  char digits[16];
+  int length = 0;
+  // The magnitude as unsigned, so that the most negative int has one too.
+  unsigned magnitude = value < 0 ? 0u - static_cast<unsigned>(value) : static_cast<unsigned>(value);
+  do {
+    digits[length++] = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude != 0);
+  if (value < 0) digits[length++] = '-';
+  if (width > length) text.append(static_cast<size_t>(width - length), ' ');
+  while (length > 0) text += digits[--length];
+}
+
 std::vector<std::string> Split(const std::string& text, const std::string_view& delimiter,
                                SplitOptions options) {
   std::vector<std::string> pieces;

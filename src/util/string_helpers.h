@@ -28,6 +28,8 @@ bool StartsWithAny(const std::string_view& text, std::initializer_list<const cha
 // one would match; list suffixes shortest first.
 bool EndsWithAny(const std::string_view& text, std::initializer_list<const char*> suffixes);
 std::string LeftPad(int value, int width);
+// LeftPad(value, width) appended to `text`, without a string of its own.
+void AppendLeftPadded(std::string& text, int value, int width);
 
 // Splits at every occurrence of the whole delimiter. The search resumes one
 // character after a match, so with a multi-character delimiter such as ", "

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vesk {
@@ -53,6 +55,17 @@ TEST(LeftPad, RightAlignsWithoutCutting) {
   EXPECT_EQ(LeftPad(1234, 2), "1234");
   EXPECT_EQ(LeftPad(0, 0), "0");
   EXPECT_EQ(LeftPad(-5, 4), "  -5");
+}
+
+TEST(LeftPad, AppendedFormEqualsTheString) {
+  const std::pair<int, int> cases[] = {{7, 3},       {1234, 2},    {0, 0},      {-5, 4},
+                                       {-5, 1},      {99, 6},      {100000, 6}, {INT_MAX, 3},
+                                       {INT_MIN, 3}, {INT_MIN, 14}};
+  for (const auto& [value, width] : cases) {
+    std::string text = "x";
+    AppendLeftPadded(text, value, width);
+    EXPECT_EQ(text, "x" + LeftPad(value, width)) << value << " width " << width;
+  }
 }
 
 TEST(Split, ResumesOneCharacterAfterEachMatch) {
