@@ -11,6 +11,7 @@
 
 #include "readers/llvm_listing_reader.h"
 #include "util/analysis_error.h"
+#include "util/string_helpers.h"
 
 namespace vesk {
 
@@ -24,16 +25,9 @@ constexpr std::pair<const char*, const char*> kSkippedBlocks[] = {
     {".amdgpu_pal_metadata", ".end_amdgpu_pal_metadata"},
 };
 
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
-}
-
 // The line before its ";" comment, without surrounding white space.
 std::string_view CodeOf(std::string_view line) {
-  line = line.substr(0, line.find(';'));
-  while (!line.empty() && IsBlank(line.front())) line.remove_prefix(1);
-  while (!line.empty() && IsBlank(line.back())) line.remove_suffix(1);
-  return line;
+  return TrimBlanks(line.substr(0, line.find(';')));
 }
 
 std::string_view FirstWord(std::string_view code) {

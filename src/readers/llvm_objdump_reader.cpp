@@ -15,6 +15,7 @@
 
 #include "readers/llvm_listing_reader.h"
 #include "util/analysis_error.h"
+#include "util/string_helpers.h"
 
 namespace vesk {
 
@@ -42,16 +43,6 @@ bool IsOperandLabel(std::string_view name) {
   for (char c : name.substr(1))
     if (c < '0' || c > '9') return false;
   return true;
-}
-
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
-}
-
-std::string_view TrimBlanks(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 // A hexadecimal number of at most 16 digits that makes up the whole text.

@@ -20,6 +20,16 @@ int ParseInt(const std::string& text);
 int ParseIntView(std::string_view text);
 
 std::string Trim(const std::string& text);
+// Blank within a line: space, tab, carriage return, vertical tab, form feed.
+inline bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
+// The view without the blanks at either end.
+inline std::string_view TrimBlanks(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
 std::string ToLower(const std::string& text);
 bool StartsWith(const std::string& text, const char* prefix);
 bool ContainsAny(const std::string_view& text, std::initializer_list<const char*> needles);
