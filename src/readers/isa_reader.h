@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -25,11 +26,20 @@ struct NumberedLine {
   TokenLine tokens;
 };
 
+// What a listing states about how a program is launched, where it says it
+// (LLVM's kernel descriptor directives); unstated facts stay empty.
+struct ProgramAttributes {
+  std::optional<int> waveSize;            // 32 or 64
+  std::optional<uint32_t> ldsBytes;       // LDS bytes one workgroup allocates
+  std::optional<uint32_t> workgroupSize;  // most work-items in one workgroup
+};
+
 // One program of a listing: a named function of a listing that holds
 // several, or the whole listing (with no name) for the layouts that hold one.
 struct ListingProgram {
   std::string name;
   std::vector<Invocation> invocations;
+  ProgramAttributes attributes;
 };
 
 class IsaReader {
