@@ -92,7 +92,7 @@ class FunctionCollector {
   // Labels that no instruction follows before the end are dropped.
   void Close() {
     if (!reader_) return;
-    ListingProgram program{std::move(name_), reader_->TakeInvocations()};
+    ListingProgram program{std::move(name_), reader_->TakeInvocations(), {}};
     reader_.reset();
     CheckTargets(program);
     programs_.push_back(std::move(program));

@@ -167,7 +167,7 @@ ListingProgram ReadFunction(ObjdumpFunction& function, const InstructionSet& ins
     if (targets.count(i)) reader.AddLabel(LabelName(function, instructions[i].address));
     reader.ReadInstructionWithNamedTarget(instructions[i].tokens, instructions[i].line);
   }
-  return {function.name, reader.TakeInvocations()};
+  return {function.name, reader.TakeInvocations(), {}};
 }
 
 }  // namespace
