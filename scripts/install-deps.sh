@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and the tests need, when missing.
 set -euo pipefail
-packages=(cmake ninja-build g++ python3 libcli11-dev libfmt-dev libgtest-dev graphviz)
+packages=(cmake ninja-build g++ python3 libcli11-dev libfmt-dev libgtest-dev nlohmann-json3-dev graphviz)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -8,8 +8,10 @@
 #include <sstream>
 #include <vector>
 
+#include "app/json_document.h"
 #include "isa/instruction_set.h"
 #include "isa/invocation.h"
+#include "readers/isa_reader.h"
 
 class BaseVeskAppTask {
  public:
@@ -23,6 +25,15 @@ class BaseVeskAppTask {
   std::stringstream& input;
   std::ostream* output;
   std::vector<vesk::Invocation> invocations;
+  // Text writes the report to `output`; Json fills `jsonProgram`, the
+  // program's object in the one document the application writes at the end.
+  vesk::ReportFormat format = vesk::ReportFormat::Text;
+  vesk::JsonDocument* jsonProgram = nullptr;
+  // What the listing states about the program (launch facts) and the wave
+  // size the application chose for it (-w, else the listing's, else the
+  // generation's).
+  vesk::ProgramAttributes attributes;
+  int waveSize = 32;
 };
 
 enum CFGStyle : uint32_t { BasicBlocks = 0, CompactBasicBlocks = 1, PerInstruction = 2 };
