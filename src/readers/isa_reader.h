@@ -32,6 +32,7 @@ struct ProgramAttributes {
   std::optional<int> waveSize;            // 32 or 64
   std::optional<uint32_t> ldsBytes;       // LDS bytes one workgroup allocates
   std::optional<uint32_t> workgroupSize;  // most work-items in one workgroup
+  std::optional<bool> reservesXnackMask;  // two SGPRs kept for XNACK_MASK (gfx8/gfx9)
 };
 
 // One program of a listing: a named function of a listing that holds

@@ -2,13 +2,15 @@
 // label of a symbol declared ".type NAME,@function" and ends at its
 // .Lfunc_end label; instructions are the lines that are neither directives
 // (first word starts with "."), labels ("NAME:") nor ";" comments, and the
-// kernel-descriptor and metadata blocks are skipped whole.
+// kernel-descriptor and metadata blocks hold no instructions: they are read
+// only for the launch facts of each kernel.
 #include <memory>
 #include <unordered_set>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "readers/llvm_launch_facts.h"
 #include "readers/llvm_listing_reader.h"
 #include "util/analysis_error.h"
 #include "util/string_helpers.h"
@@ -133,14 +135,25 @@ std::vector<ListingProgram> ReadLlvmAssembly(std::string_view text,
   const std::vector<std::string_view> lines = SplitTextLines(text);
   const std::unordered_set<std::string> functions = DeclaredFunctions(lines);
   FunctionCollector collector(instructionSet);
+  LaunchFactsCollector launchFacts;
   const char* blockEnd = nullptr;  // the directive that ends the skipped block
+  std::string descriptorKernel;    // the kernel whose descriptor block is open
+  bool inMetadata = false;
   for (size_t i = 0; i < lines.size(); ++i) {
     const uint32_t number = static_cast<uint32_t>(i + 1);
     std::string_view code = CodeOf(lines[i]);
     if (code.empty()) continue;
     std::string_view first = FirstWord(code);
     if (blockEnd) {
-      if (first == blockEnd) blockEnd = nullptr;
+      if (first == blockEnd) {
+        blockEnd = nullptr;
+        descriptorKernel.clear();
+        inMetadata = false;
+      } else if (!descriptorKernel.empty()) {
+        launchFacts.ReadDescriptorLine(descriptorKernel, code, number);
+      } else if (inMetadata) {
+        launchFacts.ReadMetadataLine(lines[i], number);
+      }
       continue;
     }
     if (first.size() > 1 && first.back() == ':') {
@@ -161,11 +174,15 @@ std::vector<ListingProgram> ReadLlvmAssembly(std::string_view text,
       for (const auto& [open, close] : kSkippedBlocks) {
         if (first == open) blockEnd = close;
       }
+      if (first == ".amdhsa_kernel") descriptorKernel = std::string(Rest(code, first));
+      inMetadata = first == ".amdgpu_metadata";
       continue;
     }
     collector.Instruction(code, number);
   }
-  return collector.Take();
+  std::vector<ListingProgram> programs = collector.Take();
+  launchFacts.AttachTo(programs);
+  return programs;
 }
 
 }  // namespace vesk
