@@ -250,7 +250,8 @@ void HardwareState::UpdateCounters(int cycles) {
   if (done < cycles) AdvanceIdle(cycles - done);
 }
 
-StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info) {
+StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info,
+                                            StallCause* waitCause) {
   RefreshPending();
   HardwareCounters& c = counters_;
   const bool anyVALU = IsAnyVALU(info);
@@ -356,10 +357,11 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
 
   // 12., 13. Memory counter waits.
   if (!info.IsWaitCnt()) return StallLength(StallLength::kIndefinite);
-  return WaitOnMemoryCounter(info);
+  return WaitOnMemoryCounter(info, waitCause);
 }
 
-StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& info) {
+StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& info,
+                                               StallCause* cause) {
   if (info.IsWaitCntDepCtr()) return StallLength(StallLength::kIndefinite);
   const std::string_view name = OpcodeName(info);
   const std::vector<std::string>& args = info.GetInvocation().GetArgs();
@@ -370,6 +372,14 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
   if (first.starts_with("vs") || name == "s_waitcnt_vscnt") queue = kVsCntQueue;
   if (first.starts_with("lgkm") || name == "s_waitcnt_lgkmcnt") queue = kLgkmCntQueue;
   if (first.starts_with("expcnt")) queue = kExpCntQueue;
+  if (cause != nullptr) {
+    static constexpr WaitCounter kCounterOfQueue[kMemoryQueueCount] = {
+        WaitCounter::kVmCnt, WaitCounter::kVsCnt, WaitCounter::kLgkmCnt, WaitCounter::kNone,
+        WaitCounter::kExpCnt};
+    *cause = StallCause{};
+    cause->condition = kMemoryCounterStall;
+    if (queue >= 0) cause->counter = kCounterOfQueue[queue];
+  }
   // A wait that names no queue waits for nothing.
   if (queue < 0) return StallLength(0);
 
@@ -391,6 +401,9 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
   bool allLoads = true;
   for (int64_t left = toPop; left != 0 && !queues_.IsEmpty(queue); --left) {
     const MemoryQueueElement element = queues_.PopFront(queue);
+    // The oldest operation the counter has to drop below is the one waited
+    // for.
+    if (cause != nullptr && popped.empty()) cause->culprit = &element.info->GetInvocation();
     for (RegisterID reg : element.info->GetWriteRegisters()) {
       WriteBoard(reg).PopFirstMemOp();
       Refresh(kWrite, reg);
@@ -410,24 +423,37 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
 }
 
 StallDescription HardwareState::Step(const InvocationDependencyInfo& info, int distance,
-                                     bool extraCycle) {
+                                     bool extraCycle, StallCause* cause) {
   UpdateCounters(distance);
   StallDescription result;
   result.length = StallLength(distance);
   result.reason = distance > 0 ? kIssueDistanceStall : kNoStall;
-  const StallDescription stall = ApplyStall(info);
+  StallCause distanceCause;
+  if (distance > 0) distanceCause.condition = kIssueDistanceStall;
+  StallCause applied = distanceCause;
+  const StallDescription stall = ApplyStall(info, cause != nullptr ? &applied : nullptr);
   if (!stall.length.IsZero()) {
     result.reason = stall.reason;
     result.length += stall.length;
+  } else {
+    applied = distanceCause;
   }
   // In wave64 mode the two halves of a vector operation issue one cycle apart.
   if (extraCycle && (info.UsesVALU() || info.UsesVMEM())) UpdateCounters(1);
-  const StallLength issued = IssueInstruction(info);
+  StallCause waited;
+  const StallLength issued = IssueInstruction(info, cause != nullptr ? &waited : nullptr);
   if (!issued.IsIndefinite()) {
     result.length = issued + distance;
     result.reason = kMemoryCounterStall;
+    // A wait that had nothing to wait for only lost the issue distance.
+    if (issued.IsZero()) waited = distanceCause;
+    applied = waited;
+  } else if (waited.condition == kMemoryCounterStall) {
+    // The wait's end is unknown: it, not what came before, is unbounded.
+    applied = waited;
   }
   UpdateCounters(1);
+  if (cause != nullptr) *cause = result.length > 0 ? applied : StallCause{};
   return result;
 }
 

@@ -17,6 +17,7 @@
 #include "stall/hardware_counters.h"
 #include "stall/memory_counter_queues.h"
 #include "stall/scoreboard.h"
+#include "stall/stall_cause.h"
 #include "stall/stall_description.h"
 #include "timing/invocation_dependency_info.h"
 
@@ -75,9 +76,14 @@ class HardwareState {
   // Advances the state by `cycles` cycles; nothing for fewer than 1.
   void UpdateCounters(int cycles);
   // Records the issue of one instruction. For a memory counter wait, the
-  // cycles it waited; indefinite for every other instruction.
-  StallLength IssueInstruction(const InvocationDependencyInfo& info);
-  StallDescription Step(const InvocationDependencyInfo& info, int distance, bool extraCycle);
+  // cycles it waited; indefinite for every other instruction. `waitCause`,
+  // when given, receives the cause of a memory counter wait.
+  StallLength IssueInstruction(const InvocationDependencyInfo& info,
+                               StallCause* waitCause = nullptr);
+  // `cause`, when given, receives what held the instruction back (kNone when
+  // the returned stall is not positive).
+  StallDescription Step(const InvocationDependencyInfo& info, int distance, bool extraCycle,
+                        StallCause* cause = nullptr);
   // Merges another path's state at a control-flow join; true when this
   // state gained something.
   bool UpdateInput(const HardwareState& other);
@@ -85,8 +91,9 @@ class HardwareState {
   bool operator==(const HardwareState& other) const;
   bool operator!=(const HardwareState& other) const { return !(*this == other); }
 
-  // Stall rules before issue.
-  StallDescription ApplyStall(const InvocationDependencyInfo& info);
+  // Stall rules before issue. `cause`, when given, receives the condition
+  // that made the instruction wait last (left as it is when none did).
+  StallDescription ApplyStall(const InvocationDependencyInfo& info, StallCause* cause = nullptr);
   void ReevaluateCounters();
   bool GetSaSdstCondition(const InvocationDependencyInfo& info) const;
   bool GetSaExecCondition(const InvocationDependencyInfo& info) const;
@@ -143,7 +150,12 @@ class HardwareState {
   void UpdateWriteScoreboard(RegisterID reg);
   void UpdateReadScoreboard(RegisterID reg);
   void ClearScoreboards();
-  StallLength WaitOnMemoryCounter(const InvocationDependencyInfo& info);
+  StallLength WaitOnMemoryCounter(const InvocationDependencyInfo& info, StallCause* cause);
+  // The in-flight operation that keeps the dependency counter of `reason`
+  // (7..16) above `limit` longest: among the entries the counter counts, the
+  // one whose end brings it down to `limit`. Null when no entry accounts
+  // for the counter.
+  const InvocationDependencyInfo* FindCounterCulprit(uint8_t reason, int limit) const;
   uint32_t BlockingConditions(const InvocationDependencyInfo& info) const;
   [[noreturn]] static void AbortUnresolvedStall(const RegisterPipelineUsage& writer);
 

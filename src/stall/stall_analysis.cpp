@@ -76,12 +76,20 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
   simulated_updates_ = input_updates_;
   HardwareState& state = workspace_->working;
   state.Unpack(input_state_);
+  // The cause of an instruction's largest stall is replaced with the stall.
+  std::vector<StallCause>* causes = nullptr;
+  if (!workspace_->causes.empty()) causes = &workspace_->causes[this - workspace_->firstState];
+  StallCause cause;
   for (size_t i = 0; i < infos_.size(); ++i) {
     int distance = 0;
     if (i == 0)
       distance = isBranchTarget ? kBranchTargetDistance : (isStartBlock ? 0 : kFallThroughDistance);
-    const StallDescription stall = state.Step(infos_[i], distance, isWave64);
-    if (stall.length > stalls_[i].first.length) stalls_[i].first = stall;
+    const StallDescription stall =
+        state.Step(infos_[i], distance, isWave64, causes != nullptr ? &cause : nullptr);
+    if (stall.length > stalls_[i].first.length) {
+      stalls_[i].first = stall;
+      if (causes != nullptr) (*causes)[i] = cause;
+    }
     if (stall.length < stalls_[i].second.length) stalls_[i].second = stall;
   }
   PackedHardwareState& exit = workspace_->packed;
@@ -170,7 +178,8 @@ int RunFixpointIteration(const BasicBlockStateMap& states,
 }
 
 StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
-    const std::vector<Invocation>& invocations, bool isWave64, int* passes) {
+    const std::vector<Invocation>& invocations, bool isWave64, int* passes,
+    std::vector<StallCause>* causes) {
   const std::unordered_set<std::string> usedLabels = GetUsedLabels(invocations);
   const BasicBlockList blocks = CreateBasicBlocksFromInvocations(invocations);
 
@@ -182,6 +191,14 @@ StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
     states.emplace_back(*block, *workspace);
     stateOf.emplace(block.get(), &states.back());
   }
+  if (causes != nullptr) {
+    // The states never move (reserved above), so a state's position in the
+    // sequence finds its causes.
+    workspace->firstState = states.data();
+    workspace->causes.resize(states.size());
+    for (size_t i = 0; i < states.size(); ++i)
+      workspace->causes[i].resize(states[i].GetStalls().size());
+  }
 
   BasicBlockState* start = nullptr;
   for (const auto& block : blocks) {
@@ -192,11 +209,15 @@ StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
   }
   const int passCount = RunFixpointIteration(stateOf, usedLabels, isWave64, states, start);
   if (passes != nullptr) *passes = passCount;
-  return FormatOutput(blocks, stateOf);
+  return FormatOutput(blocks, stateOf, workspace.get(), causes);
 }
 
 StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList& blocks,
-                                                            const BasicBlockStateMap& states) {
+                                                            const BasicBlockStateMap& states,
+                                                            const StallWorkspace* workspace,
+                                                            std::vector<StallCause>* causes) {
+  const bool withCauses = causes != nullptr && workspace != nullptr && !workspace->causes.empty();
+  if (causes != nullptr) causes->clear();
   // The instructions reported are those of the per-instruction graph that
   // lead to the program's end: blocks reached from the entry block from
   // which the exit block can be reached. Within a block every instruction
@@ -234,10 +255,16 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
   Result result;
   for (const auto& block : blocks) {
     if (leadsToExit.count(block.get()) == 0) continue;
-    const auto& stalls = states.at(block.get())->GetStalls();
+    const BasicBlockState* state = states.at(block.get());
+    const auto& stalls = state->GetStalls();
     const auto& invocations = block->GetInvocations();
     for (size_t i = 0; i < invocations.size(); ++i) result.emplace_back(invocations[i], stalls[i]);
+    if (withCauses) {
+      const auto& blockCauses = workspace->causes[state - workspace->firstState];
+      causes->insert(causes->end(), blockCauses.begin(), blockCauses.end());
+    }
   }
+  if (causes != nullptr && !withCauses) causes->assign(result.size(), StallCause{});
   return result;
 }
 

@@ -14,10 +14,13 @@
 #include "cfg/basic_block.h"
 #include "isa/invocation.h"
 #include "stall/hardware_state.h"
+#include "stall/stall_cause.h"
 #include "stall/stall_description.h"
 #include "timing/invocation_dependency_info.h"
 
 namespace vesk {
+
+class BasicBlockState;
 
 // Full-size hardware states the block simulation works in; block states
 // themselves are stored packed.
@@ -26,6 +29,12 @@ struct StallWorkspace {
   HardwareState merged;
   HardwareState incoming;
   PackedHardwareState packed;
+  // Stall causes, only when asked for: per block state (by its position in
+  // the contiguous sequence that starts at `firstState`), the cause of each
+  // instruction's largest stall. Empty otherwise, so the plain analysis
+  // carries nothing per instruction for them.
+  std::vector<std::vector<StallCause>> causes;
+  const BasicBlockState* firstState = nullptr;
 };
 
 class BasicBlockState {
@@ -79,12 +88,19 @@ class StallCycleAnalysis {
   using Result =
       std::vector<std::pair<const Invocation*, std::pair<StallDescription, StallDescription>>>;
 
-  // `passes`, when given, receives the number of fixpoint passes.
+  // `passes`, when given, receives the number of fixpoint passes. `causes`,
+  // when given, receives one StallCause per result row (same order): what
+  // held the instruction back in its largest stall; the first such stall
+  // when several passes reach the same largest length.
   static Result AnalyzeStallCycles(const std::vector<Invocation>& invocations, bool isWave64,
-                                   int* passes = nullptr);
+                                   int* passes = nullptr,
+                                   std::vector<StallCause>* causes = nullptr);
   // Per-instruction stalls in program order of the blocks that lie on a path
-  // from the entry to the exit.
-  static Result FormatOutput(const BasicBlockList& blocks, const BasicBlockStateMap& states);
+  // from the entry to the exit. With `workspace` and `causes`, the causes
+  // recorded in the workspace are gathered in the same order.
+  static Result FormatOutput(const BasicBlockList& blocks, const BasicBlockStateMap& states,
+                             const StallWorkspace* workspace = nullptr,
+                             std::vector<StallCause>* causes = nullptr);
 };
 
 }  // namespace vesk

@@ -2,6 +2,8 @@
 // program-counter read, s_waitcnt_depctr, the dependency counters with their
 // per-counter conditions, and SGPR/VGPR sources still being written; the
 // counter block rebuilt after a merge; the wait argument parsers.
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -56,12 +58,16 @@ struct DepCtrField {
   CounterField counter;
   int shift;
   unsigned mask;
+  uint8_t reason;  // the dependency row of the same counter
 };
 
 constexpr DepCtrField kDepCtrFields[] = {
-    {&HardwareCounters::sa_sdst_, 0, 0x1}, {&HardwareCounters::va_vcc_, 1, 0x1},
-    {&HardwareCounters::vm_vsrc_, 2, 0x7}, {&HardwareCounters::va_ssrc_, 8, 0x1},
-    {&HardwareCounters::va_sdst_, 9, 0x7}, {&HardwareCounters::va_vdst_, 12, 0xF},
+    {&HardwareCounters::sa_sdst_, 0, 0x1, kSaSdstStall},
+    {&HardwareCounters::va_vcc_, 1, 0x1, kVaVccStall},
+    {&HardwareCounters::vm_vsrc_, 2, 0x7, kVmVsrcStall},
+    {&HardwareCounters::va_ssrc_, 8, 0x1, kVaSsrcStall},
+    {&HardwareCounters::va_sdst_, 9, 0x7, kVaSdstStall},
+    {&HardwareCounters::va_vdst_, 12, 0xF, kVaVdstStall},
 };
 
 // A one-bit field set to 1, or a wider field at its maximum, does not wait;
@@ -73,7 +79,112 @@ bool DepCtrFieldPasses(const HardwareCounters& counters, const DepCtrField& fiel
   return counters.*field.counter <= static_cast<int32_t>(value);
 }
 
+// Which scoreboards and entries a dependency counter counts: the direction,
+// the registers, the units of the entry, and whether only the entry of an
+// instruction's first register counts (the counters kept per instruction).
+struct CounterSource {
+  bool read;
+  bool (*holds)(RegisterID reg);
+  bool (*counts)(const RegisterPipelineUsage& entry);
+  bool perInstruction;
+};
+
+bool SaluEntry(const RegisterPipelineUsage& e) {
+  return e.usage.UseSALU();
+}
+bool ValuEntry(const RegisterPipelineUsage& e) {
+  return e.usage.UseVALU() || e.usage.UseTransVALU();
+}
+bool VmemEntry(const RegisterPipelineUsage& e) {
+  return e.usage.UseVMEM();
+}
+bool LdsDirectEntry(const RegisterPipelineUsage& e) {
+  return e.usage.IsLDS_DIRECT() && e.executeLength > 15;
+}
+bool AnyVGPR(RegisterID reg) {
+  return IsVGPR(reg);
+}
+bool SaluSdstRegister(RegisterID reg) {
+  return IsAnySGPR(reg) && reg != kExec && reg != kM0;
+}
+bool ValuSdstRegister(RegisterID reg) {
+  return IsAnySGPR(reg) && reg != kVcc;
+}
+bool ValuSsrcRegister(RegisterID reg) {
+  return IsAnySGPR(reg) && reg != kVcc && reg != kVccz;
+}
+bool ExecRegister(RegisterID reg) {
+  return reg == kExec;
+}
+bool M0Register(RegisterID reg) {
+  return reg == kM0;
+}
+bool VccRegister(RegisterID reg) {
+  return reg == kVcc;
+}
+
+// Indexed by reason - kSaSdstStall.
+constexpr CounterSource kCounterSources[] = {
+    {false, SaluSdstRegister, SaluEntry, false},  // sa_sdst_
+    {false, ExecRegister, SaluEntry, false},      // sa_exec_
+    {false, M0Register, SaluEntry, false},        // sa_m0_
+    {true, AnyVGPR, VmemEntry, true},             // vm_vsrc_
+    {false, ValuSdstRegister, ValuEntry, false},  // va_sdst_
+    {true, ValuSsrcRegister, ValuEntry, true},    // va_ssrc_
+    {false, VccRegister, ValuEntry, false},       // va_vcc_
+    {false, ExecRegister, ValuEntry, false},      // va_exec_
+    {false, AnyVGPR, ValuEntry, true},            // va_vdst_
+    {false, AnyVGPR, LdsDirectEntry, true},       // lds_dir_
+};
+static_assert(sizeof(kCounterSources) / sizeof(kCounterSources[0]) ==
+              kLdsDirStall - kSaSdstStall + 1);
+
+StallCause CauseOf(uint8_t condition, const InvocationDependencyInfo* culprit = nullptr,
+                   RegisterID reg = kNoRegister) {
+  StallCause cause;
+  cause.condition = condition;
+  cause.reg = reg;
+  if (culprit != nullptr) cause.culprit = &culprit->GetInvocation();
+  return cause;
+}
+
 }  // namespace
+
+const InvocationDependencyInfo* HardwareState::FindCounterCulprit(uint8_t reason, int limit) const {
+  if (reason < kSaSdstStall || reason > kLdsDirStall) return nullptr;
+  const CounterSource& source = kCounterSources[reason - kSaSdstStall];
+  RefreshPending();
+  // The counter reaches `limit` when all but `limit` of its operations have
+  // finished: the operation with the (limit + 1)-th longest execution left
+  // is the one waited for. Ties go to the earlier register and entry.
+  constexpr int kMaxRank = 16;
+  const int rank = std::clamp(limit, 0, kMaxRank - 1);
+  struct Candidate {
+    StallLength left;
+    const InvocationDependencyInfo* info;
+  };
+  std::array<Candidate, kMaxRank> longest{};
+  int found = 0;
+  const int dir = source.read ? kRead : kWrite;
+  for (int reg : live_[dir]) {
+    if (!source.holds(reg)) continue;
+    const Scoreboard& board = Board(dir, reg);
+    for (int i = 0; i < board.Size(); ++i) {
+      const RegisterPipelineUsage& e = board[i];
+      if (e.info == nullptr || !source.counts(e) || (source.perInstruction && !e.isFirstRegister))
+        continue;
+      int at = std::min(found, rank + 1);
+      while (at > 0 && longest[at - 1].left < e.executeLength) --at;
+      if (at > rank) continue;
+      const int last = std::min(found, rank);
+      for (int j = last; j > at; --j) longest[j] = longest[j - 1];
+      longest[at] = {e.executeLength, e.info};
+      found = std::min(found + 1, rank + 1);
+    }
+  }
+  if (found == 0) return nullptr;
+  return longest[std::min(found - 1, rank)].info;
+}
 
 bool HardwareState::GetSaSdstCondition(const InvocationDependencyInfo& i) const {
   return i.UsesSMEM() || i.UsesVMEMTex() || i.UsesFlat() ||
@@ -266,10 +377,14 @@ void HardwareState::AbortUnresolvedStall(const RegisterPipelineUsage& writer) {
       name));
 }
 
-StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info) {
+StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info,
+                                           StallCause* cause) {
   RefreshPending();
   StallDescription result;
   HardwareCounters& c = counters_;
+  // The cause follows the condition the instruction last waited cycles for;
+  // a condition that names the reason without costing a cycle leaves it.
+  const bool recordCause = cause != nullptr;
 
   // A program-counter read in flight holds everything back.
   if (pc_read_latency_ > 0) {
@@ -277,6 +392,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
     result.length = StallLength(cycles);
     UpdateCounters(cycles);
     result.reason = kPCReadStall;
+    if (recordCause) *cause = CauseOf(kPCReadStall);
   }
 
   // Reading or changing the program counter drains every dependency counter.
@@ -292,6 +408,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
       }
       UpdateCounters(1);
       ++result.length;
+      if (recordCause) *cause = CauseOf(kPCReadStall);
     }
   }
 
@@ -310,6 +427,10 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
           if (!DepCtrFieldPasses(c, field, mask16)) return false;
         return true;
       };
+      // The cause is the first field still failing in the last cycle waited;
+      // its culprit is looked up when that field changes, not every cycle.
+      const DepCtrField* waitedField = nullptr;
+      const InvocationDependencyInfo* fieldCulprit = nullptr;
       while (!allPass()) {
         if (IsQuiescent()) {
           for (const DepCtrField& field : kDepCtrFields)
@@ -317,9 +438,24 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
               c.*field.counter = static_cast<int32_t>((mask16 >> field.shift) & field.mask);
           break;
         }
+        if (recordCause) {
+          const DepCtrField* failing = nullptr;
+          for (const DepCtrField& field : kDepCtrFields) {
+            if (!DepCtrFieldPasses(c, field, mask16)) {
+              failing = &field;
+              break;
+            }
+          }
+          if (failing != waitedField) {
+            waitedField = failing;
+            fieldCulprit = FindCounterCulprit(
+                failing->reason, static_cast<int>((mask16 >> failing->shift) & failing->mask));
+          }
+        }
         UpdateCounters(1);
         ++result.length;
       }
+      if (waitedField != nullptr) *cause = CauseOf(waitedField->reason, fieldCulprit);
     } else {
       // Memory counter waits are resolved at issue.
       result.length.SetIndefinite();
@@ -329,7 +465,12 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
 
   // Dependency counters: wait while a counter is in use by an operation this
   // instruction depends on.
+  // The cause is the row blocking in the last cycle waited, or the
+  // shortened wait when that ended the waiting.
   const uint32_t conditions = BlockingConditions(info);
+  int waitedRow = -1;
+  const InvocationDependencyInfo* rowCulprit = nullptr;
+  bool shortened = false;
   while (true) {
     int blocking = -1;
     for (int row = 0; row < kDependencyRowCount; ++row) {
@@ -341,16 +482,26 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
     if (blocking < 0) break;
     result.reason = kDependencyRows[blocking].reason;
     // Vector memory may issue when every pending VALU result lands next cycle.
-    if (c.va_vdst_ != 0 && GetShortenedVaVdstCondition(info)) break;
+    if (c.va_vdst_ != 0 && GetShortenedVaVdstCondition(info)) {
+      shortened = true;
+      break;
+    }
     if (IsQuiescent()) {
       for (int row = 0; row < kDependencyRowCount; ++row)
         if ((conditions >> row & 1u) && c.*kDependencyRows[row].counter > 0)
           c.*kDependencyRows[row].counter = 0;
       break;
     }
+    if (recordCause && blocking != waitedRow) {
+      waitedRow = blocking;
+      rowCulprit = FindCounterCulprit(kDependencyRows[blocking].reason, 0);
+    }
     UpdateCounters(1);
     ++result.length;
   }
+  if (waitedRow >= 0)
+    *cause = shortened ? CauseOf(kShortenedVaVdstStall)
+                       : CauseOf(kDependencyRows[waitedRow].reason, rowCulprit);
 
   // SGPR sources written by the SALU must be visible; lane masks are
   // forwarded.
@@ -361,6 +512,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
       const StallLength remaining = writer.visibilityLength;
       if (!remaining.IsZero() && !writer.writesLaneMask) {
         result.length += remaining;
+        if (recordCause) *cause = CauseOf(kSGPRSourceStall, writer.info, reg);
         UpdateCounters(remaining);
         result.reason = kSGPRSourceStall;
       }
@@ -379,6 +531,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info)
     if (remaining.IsZero()) continue;
     if (remaining.IsIndefinite()) AbortUnresolvedStall(writer);
     result.length += remaining;
+    if (recordCause) *cause = CauseOf(kVGPRSourceStall, writer.info, reg);
     if (remaining > 0) UpdateCounters(remaining);
     result.reason = kVGPRSourceStall;
   }

@@ -26,6 +26,10 @@ enum StallReason : uint8_t {
   kPCReadStall = 17,         // program-counter read, or the drain before one
   kMemoryCounterStall = 18,  // s_waitcnt and its per-counter forms
   kIssueDistanceStall = 19,  // cycles before the instruction could issue at all
+  // Recorded as a stall cause only (StallCause), never as a reason: vector
+  // memory waited for pending VALU results and issued once all of them
+  // finish in the next cycle.
+  kShortenedVaVdstStall = 20,
 };
 
 struct StallDescription {
