@@ -1,30 +1,34 @@
 // Register allocation from the operands of a program, and waves per SIMD
 // from the register files, wave slots and LDS of each generation.
 //
-// Figures and their public sources:
-// - Wave slots per SIMD: 10 on GCN (gfx7-gfx9), 20 on RDNA (gfx10), for
-//   wave32 and wave64 alike (AMD's GCN3/Vega ISA documents and the RDNA 1.0
-//   ISA document; LLVM's AMDGPUUsage "wavefront" and occupancy notes).
-// - VGPRs: gfx7-gfx9 256 per lane per SIMD, allocated in granules of 4; gfx10
+// Figures and their public sources (each checked against the "; NumVgprs:",
+// "; NumSgprs:" and "; Occupancy:" figures clang-19 writes for gfx700,
+// gfx803, gfx900 and gfx1010 in wave32 and wave64):
+// - Wave slots per SIMD: 10 on GCN (gfx7-gfx9), 20 on gfx10 for wave32 and
+//   wave64 alike (AMD's GCN3/Vega and RDNA 1.0 ISA documents).
+// - VGPRs: gfx7-gfx9 256 per SIMD lane, allocated in granules of 4; gfx10
 //   1024 in granules of 8 for wave32, 512 in granules of 4 for wave64 (the
-//   GRANULATED_WORKITEM_VGPR_COUNT field of AMDGPUUsage's kernel descriptor).
-// - SGPRs: gfx7 512 per SIMD in granules of 8, gfx8/gfx9 800 per SIMD
-//   (AMD's Sea Islands and GCN3/Vega ISA documents). The waves they allow are
-//   AMD's published GCN occupancy tables, which clang-19 prints in its
-//   "; Occupancy:" comments: gfx7 <=48 SGPRs 10 waves, <=56 9, <=64 8, <=72
-//   7, <=80 6, more 5; gfx8/gfx9 <=80 10, <=88 9, <=100 8, more 7. On gfx10
-//   every wave gets its own fixed SGPR slice, so SGPRs never limit waves.
-// - Reserved SGPRs counted on top of the highest s-register (AMDGPUUsage:
-//   VCC, FLAT_SCRATCH and XNACK_MASK sit at the top of the SGPRs a wave
-//   allocates): VCC 2 on every generation; gfx7 FLAT_SCRATCH 2 more; gfx8/
-//   gfx9 4 in all when XNACK_MASK is reserved, 6 in all with FLAT_SCRATCH;
-//   gfx10 keeps these apart from the allocation, so only VCC counts. Checked
-//   against clang-19's "; NumSgprs:" for gfx700, gfx803, gfx900, gfx1010.
+//   GRANULATED_WORKITEM_VGPR_COUNT field of the kernel descriptor in LLVM's
+//   AMDGPUUsage).
+// - SGPRs: gfx7 512 per SIMD, gfx8/gfx9 800 (AMD's Sea Islands and GCN3/Vega
+//   ISA documents). The waves they allow follow AMD's published GCN
+//   occupancy tables, which are also what clang prints: gfx7 <=48 SGPRs 10
+//   waves, <=56 9, <=64 8, <=72 7, <=80 6, more 5; gfx8/gfx9 <=80 10, <=88
+//   9, <=100 8, more 7. On gfx10 SGPRs never limit waves.
+// - Reserved SGPRs, counted on top of the highest s-register (AMDGPUUsage's
+//   kernel descriptor counts VCC, FLAT_SCRATCH and XNACK_MASK with the SGPRs
+//   a wave uses): 2 for VCC when it is used; gfx7 4 in all once FLAT_SCRATCH
+//   is used; gfx8/gfx9 4 in all when XNACK_MASK is reserved, 6 in all with
+//   FLAT_SCRATCH (the reserved registers sit in a fixed order at the top,
+//   so the later ones take the earlier ones' places too); gfx10 counts VCC
+//   only.
 // - LDS: 64 KiB per CU on gfx7-gfx9, shared by 4 SIMDs, at most 16
 //   workgroups (barriers) per CU. gfx10 runs workgroups in WGP mode unless
-//   told otherwise (LLVM's default, cumode off): 128 KiB per WGP, shared by 4
-//   SIMD32s, at most 32 workgroups. A workgroup of a single wave needs no
-//   barrier, so only wave slots bound how many of those fit.
+//   told otherwise (LLVM's default; its metadata states
+//   ".workgroup_processor_mode: 1"): 128 KiB per WGP, shared by 4 SIMD32s,
+//   at most 32 workgroups. CU mode (64 KiB, 2 SIMD32s, 16 workgroups) gives
+//   the same waves per SIMD. A workgroup of one wave needs no barrier, so
+//   only wave slots bound how many of those fit.
 #include "isa/occupancy.h"
 
 #include <algorithm>
@@ -138,18 +142,24 @@ void NoteSpecialOperand(std::string_view operand, RegisterAllocation& allocation
 }
 
 // Special registers an opcode reads or writes without naming them: the vcc
-// and exec branches, the exec-mask moves, the scalar compares and the
-// instructions that consume scc, the carry read of v_div_fmas, and vector
-// compares in the 32-bit encoding, which write vcc.
-void NoteImpliedRegisters(std::string_view opcode, RegisterAllocation& allocation) {
+// and exec branches, the exec-mask moves and v_cmpx, the scalar compares and the
+// instructions that consume scc, the carry read of v_div_fmas, and the short
+// encodings written without their vcc operand (a vector compare with two
+// operands writes vcc, v_cndmask_b32 with three reads it).
+void NoteImpliedRegisters(std::string_view opcode, size_t operands,
+                          RegisterAllocation& allocation) {
   const auto has = [&](std::string_view part) {
     return opcode.find(part) != std::string_view::npos;
   };
   if (has("vccz") || has("vccnz") || has("_div_fmas") ||
-      (opcode.starts_with("v_cmp") && opcode.ends_with("_e32"))) {
+      (opcode.starts_with("v_cmp_") && operands == 2) ||
+      (opcode.starts_with("v_cndmask_b32") && operands == 3)) {
     allocation.usesVcc = true;
   }
-  if (has("execz") || has("execnz") || has("saveexec") || has("wrexec")) allocation.usesExec = true;
+  if (has("execz") || has("execnz") || has("saveexec") || has("wrexec") ||
+      opcode.starts_with("v_cmpx")) {
+    allocation.usesExec = true;
+  }
   for (std::string_view prefix :
        {"s_cmp", "s_bitcmp", "s_cbranch_scc", "s_cselect", "s_cmov", "s_addc", "s_subb"}) {
     if (opcode.starts_with(prefix)) allocation.usesScc = true;
@@ -172,7 +182,8 @@ std::vector<std::string> RegisterAllocation::SpecialRegisterNames() const {
 RegisterAllocation CountAllocatedRegisters(const std::vector<Invocation>& invocations) {
   RegisterAllocation allocation;
   for (const Invocation& invocation : invocations) {
-    NoteImpliedRegisters(invocation.GetInstruction()->GetName(), allocation);
+    NoteImpliedRegisters(invocation.GetInstruction()->GetName(), invocation.GetArgs().size(),
+                         allocation);
     for (const std::string& operand : invocation.GetArgs()) {
       for (const Register& reg : Invocation::ParseRegister(operand)) {
         if (reg.index < 0 || reg.index > 255) continue;  // beyond both register files

@@ -17,9 +17,10 @@ struct RegisterAllocation {
   int vgprs = 0;  // highest VGPR index read or written + 1
   int sgprs = 0;  // highest s-register index (s0..) named + 1; special registers and ttmp excluded
   // Special registers named by an operand or implied by the opcode
-  // (s_cbranch_vccz reads vcc, s_and_saveexec_b64 writes exec, s_cmp_* sets
-  // scc, ...). Every vector instruction reads exec: that implicit read does
-  // not count, only exec named or set as a mask.
+  // (s_cbranch_vccz reads vcc, s_and_saveexec_b64 and v_cmpx write exec,
+  // s_cmp_* sets scc, s_cselect reads it, ...). Every vector instruction
+  // reads exec and most scalar ALU instructions set scc: those implicit uses
+  // do not count, only exec named or moved as a mask and scc as a condition.
   bool usesVcc = false;
   bool usesExec = false;
   bool usesM0 = false;
@@ -55,21 +56,27 @@ struct OccupancyInputs {
 struct Occupancy {
   int wavesPerSimd = 0;  // the smallest of the limits below
   int maxWaves = 0;      // wave slots of one SIMD
+  // The first of vgpr, sgpr, lds whose limit is below maxWaves and lowest;
+  // waves when none is.
   OccupancyLimit limitedBy = OccupancyLimit::Waves;
   // VGPRs: allocated in granules; waves the VGPR file holds.
   int vgprGranule = 0;
   int vgprsRounded = 0;
   int vgprWaves = 0;
   // SGPRs counted with the ones hardware reserves (vcc, flat_scratch,
-  // xnack_mask), rounded to the granule; waves the SGPR file holds (maxWaves
-  // on gfx10, where SGPRs do not limit waves).
+  // xnack_mask); the most SGPRs a wave may count for the same waves (its SGPR
+  // budget; the counted figure itself on gfx10); waves the SGPR file holds
+  // (maxWaves on gfx10, where SGPRs do not limit waves).
   int sgprsCounted = 0;
   int sgprsRounded = 0;
   int sgprWaves = 0;
-  // Waves per SIMD the LDS allows; empty unless LDS bytes and workgroup size are both known.
+  // Waves per SIMD that the workgroups fitting on a compute unit give (their
+  // LDS, and the CU's workgroup slots); 0 when a workgroup asks for more LDS
+  // than the CU has. Empty unless LDS bytes and workgroup size are both
+  // known.
   std::optional<int> ldsWaves;
   // Registers of the limiting class fewer that would gain one more wave; 0
-  // when registers do not limit (or one more wave is impossible for them).
+  // when registers do not limit, or another limit holds the same count.
   int fewerForNextWave = 0;
 };
 
