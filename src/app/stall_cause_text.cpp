@@ -43,11 +43,12 @@ const char* HardwarePhrase(uint8_t condition) {
   }
 }
 
-// "buffer_load_dword v[4:7] (line 12)": opcode and first operand, which is
-// the destination of the instructions that are waited for.
-std::string CulpritText(const Invocation& culprit) {
+// "buffer_load_dword v[4:7] (line 12)": the opcode, with the first operand
+// (the destination of the instructions that are waited for) when the phrase
+// does not name the register already.
+std::string CulpritText(const Invocation& culprit, bool withOperand = true) {
   std::string text = culprit.GetInstruction()->GetName();
-  if (!culprit.GetArgs().empty()) {
+  if (withOperand && !culprit.GetArgs().empty()) {
     text += ' ';
     text += culprit.GetArgs().front();
   }
@@ -88,7 +89,8 @@ std::string DescribeStallCause(const StallCause& cause) {
       return HardwarePhrase(cause.condition);
     case StallCauseKind::kRegister: {
       std::string text = StallRegisterName(cause.reg);
-      if (cause.culprit != nullptr) return text + " written by " + CulpritText(*cause.culprit);
+      if (cause.culprit != nullptr)
+        return text + " written by " + CulpritText(*cause.culprit, false);
       return text + " not yet written";
     }
     case StallCauseKind::kMemoryCounter: {
