@@ -33,7 +33,7 @@ const char* HardwarePhrase(uint8_t condition) {
     case kTrans32BusyStall:
       return "transcendental unit busy";
     case kPCReadStall:
-      return "program counter read";
+      return "PC read";
     case kIssueDistanceStall:
       return "issue distance";
     case kShortenedVaVdstStall:
