@@ -27,7 +27,8 @@ struct SummaryOptions {
 
 // One register file: pressure from liveness, allocation from the operands.
 struct RegisterFileSummary {
-  // Most registers live at one instruction (scalar: s0..s127 only).
+  // Most registers live at one instruction. Scalar: s0..s127 only; the trap
+  // handler's ttmp registers and the special registers are not the wave's.
   int maxLive = 0;
   // The first instruction in program order where `maxLive` is reached, and
   // its listing line (0 for instructions built in memory); null and 0 when
