@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 #include "cfg/basic_block.h"
@@ -16,52 +17,75 @@ namespace {
 
 using Set = RegisterState::Set;
 
-// For every collected node (by its position in `collected`), the registers
-// that are live at the program start and not yet written on the way to it.
-// Registers the hardware preloads (or that are read uninitialised) show up as
-// live from the very first line; this single forward pass from the entry
-// strips them until their first write. Each node is settled at its first
-// visit: a predecessor not visited yet (the source of a loop's back edge)
-// adds what it holds at that moment.
-std::vector<Set> FindUnwrittenRegisters(const std::vector<PerInvocationCfgNode*>& collected,
-                                        size_t nodeCount) {
-  // Position in `collected` by node index; -1 for nodes that do not reach the
-  // end of the program.
-  std::vector<int> positionOf(nodeCount, -1);
-  for (size_t i = 0; i < collected.size(); ++i) {
-    positionOf[collected[i]->GetIndex()] = static_cast<int>(i);
-  }
-  std::vector<Set> unwritten(collected.size());
-  std::vector<int> queue;
-  for (size_t i = 0; i < collected.size(); ++i) {
-    if (collected[i]->GetPredecessors().empty()) {
-      unwritten[i] = collected[i]->In();
-      queue.push_back(static_cast<int>(i));
+// For every node that reaches the program's end (by node number), the
+// registers that are live at the program start and not yet written on the
+// way to it. Registers the hardware preloads (or that are read
+// uninitialised) show up as live from the very first line; this single
+// forward pass from the entry strips them until their first write. Each node
+// is settled at its first visit: a predecessor not visited yet (the source of
+// a loop's back edge) adds what it holds at that moment.
+std::vector<Set> FindUnwrittenRegisters(const PerInvocationCfg& cfg) {
+  std::vector<Set> unwritten(cfg.Size());
+  std::vector<CfgNodeId> queue;
+  for (CfgNodeId node : cfg.GetBackwardOrder()) {
+    if (cfg.GetPredecessors(node).empty()) {
+      unwritten[node] = cfg.In(node);
+      queue.push_back(node);
     }
   }
 
-  std::vector<bool> visited(collected.size(), false);
+  std::vector<char> visited(cfg.Size(), 0);
   for (size_t head = 0; head < queue.size(); ++head) {
-    const int position = queue[head];
-    if (visited[position]) continue;
-    visited[position] = true;
-    const PerInvocationCfgNode* node = collected[position];
-    Set merged = unwritten[position];
-    // Predecessors of a collected node are collected too: they reach the
-    // end of the program through it.
-    for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
-      merged |= unwritten[positionOf[predecessor->GetIndex()]];
-    }
-    merged -= node->Def();
-    unwritten[position] = merged;
+    const CfgNodeId node = queue[head];
+    if (visited[node]) continue;
+    visited[node] = 1;
+    Set merged = unwritten[node];
+    // Predecessors of a node that reaches the end reach it too.
+    for (CfgNodeId predecessor : cfg.GetPredecessors(node)) merged |= unwritten[predecessor];
+    merged -= cfg.Def(node);
+    unwritten[node] = merged;
     // Successors that cannot reach the end of the program are not part of
     // the result and cannot feed a node that is; they are left out.
-    for (const PerInvocationCfgNode* successor : node->GetSuccessors()) {
-      const int next = positionOf[successor->GetIndex()];
-      if (next >= 0) queue.push_back(next);
+    for (CfgNodeId successor : cfg.GetSuccessors(node)) {
+      if (cfg.ReachesExit(successor)) queue.push_back(successor);
     }
   }
   return unwritten;
+}
+
+// Member count without a library call per word (the build targets no
+// particular population-count instruction).
+int CountMembers(const Set& set) {
+  int count = 0;
+  for (uint64_t word : set.Words()) {
+    word = word - ((word >> 1) & 0x5555555555555555ull);
+    word = (word & 0x3333333333333333ull) + ((word >> 2) & 0x3333333333333333ull);
+    word = (word + (word >> 4)) & 0x0F0F0F0F0F0F0F0Full;
+    count += static_cast<int>((word * 0x0101010101010101ull) >> 56);
+  }
+  return count;
+}
+
+// The report characters of four consecutive registers, indexed by their
+// live bits | written bits << 4 | read bits << 8 (lowest register in the
+// lowest bit): 'x' read and written, 'v' read, '^' written, ':' live, else a
+// blank.
+struct ColumnTable {
+  char text[4096][4];
+  ColumnTable() {
+    for (int index = 0; index < 4096; ++index) {
+      for (int bit = 0; bit < 4; ++bit) {
+        const bool live = (index >> bit) & 1;
+        const bool written = (index >> (4 + bit)) & 1;
+        const bool read = (index >> (8 + bit)) & 1;
+        text[index][bit] = read && written ? 'x' : read ? 'v' : written ? '^' : live ? ':' : ' ';
+      }
+    }
+  }
+};
+
+unsigned Nibble(const Set& set, int first) {
+  return static_cast<unsigned>(set.Words()[first >> 6] >> (first & 63)) & 0xF;
 }
 
 }  // namespace
@@ -70,43 +94,41 @@ LivenessStates::LivenessStates(const std::vector<Invocation>& invocations, Regis
                                LivenessAnalysisOptions options)
     : blocks_(CreateBasicBlocksFromInvocations(invocations)),
       cfg_(std::make_unique<PerInvocationCfg>(blocks_.front().get(), type)) {
-  // The depth-first order from the exit along predecessor links, which the
-  // graph has already gathered for its solve.
-  const std::vector<PerInvocationCfgNode*>& collected = cfg_->GetBackwardOrder();
-
-  // Program order: by block, then by place in the block (unique per node).
+  const PerInvocationCfg& cfg = *cfg_;
+  // Program order: by block, then by place in the block. A block's nodes
+  // have consecutive numbers in place order and either all reach the end of
+  // the program or none, so it is enough to order the blocks, found by their
+  // first node in the backward walk.
   struct Keyed {
-    uint64_t key;
-    uint32_t position;
+    int blockOrder;
+    CfgNodeId firstNode;
   };
-  std::vector<Keyed> keyed(collected.size());
-  for (size_t i = 0; i < collected.size(); ++i) {
-    const PerInvocationCfgNode* node = collected[i];
-    const uint64_t block = static_cast<uint32_t>(node->GetBasicBlock()->GetOrder());
-    const uint64_t place = static_cast<uint32_t>(node->GetOrder());
-    keyed[i] = {(block << 32) | place, static_cast<uint32_t>(i)};
+  std::vector<Keyed> starts;
+  for (CfgNodeId node : cfg.GetBackwardOrder()) {
+    if (cfg.GetOrder(node) == 0) starts.push_back({cfg.GetBasicBlock(node)->GetOrder(), node});
   }
-  std::sort(keyed.begin(), keyed.end(),
-            [](const Keyed& a, const Keyed& b) { return a.key < b.key; });
-  sorted_.resize(keyed.size());
-  for (size_t i = 0; i < keyed.size(); ++i) sorted_[i] = keyed[i].position;
-  std::vector<Keyed>().swap(keyed);
+  std::stable_sort(starts.begin(), starts.end(),
+                   [](const Keyed& a, const Keyed& b) { return a.blockOrder < b.blockOrder; });
+  sorted_.reserve(cfg.GetBackwardOrder().size());
+  for (const Keyed& start : starts) {
+    CfgNodeId node = start.firstNode;
+    do {
+      sorted_.push_back(node++);
+    } while (node < cfg.Size() && cfg.GetOrder(node) != 0);
+  }
 
-  if (options.removeStartLines) {
-    unwritten_ = FindUnwrittenRegisters(collected, cfg_->GetNodes().size());
-  }
+  if (options.removeStartLines) unwritten_ = FindUnwrittenRegisters(cfg);
 }
 
 LivenessStates::~LivenessStates() = default;
 
 std::pair<const Invocation*, RegisterState> LivenessStates::Get(size_t i) const {
-  const size_t position = sorted_[i];
-  const PerInvocationCfgNode* node = cfg_->GetBackwardOrder()[position];
-  const Set hidden = unwritten_.empty() ? Set() : unwritten_[position];
-  const Set live = (node->In() | node->Out()) - hidden;
-  const Set read = node->Use() - hidden;
+  const CfgNodeId node = sorted_[i];
+  const Set hidden = unwritten_.empty() ? Set() : unwritten_[node];
+  const Set live = (cfg_->In(node) | cfg_->Out(node)) - hidden;
+  const Set read = cfg_->Use(node) - hidden;
   // A write is always shown, even of a register hidden as unwritten.
-  return {node->GetInvocation(), RegisterState(read, node->Def(), live)};
+  return {cfg_->GetInvocation(node), RegisterState(read, cfg_->Def(node), live)};
 }
 
 RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocations,
@@ -122,7 +144,7 @@ RegisterUsage LivenessAnalysis::GetRegisterUsage(const LivenessStates& states) {
   RegisterUsage usage;
   for (size_t i = 0; i < states.Size(); ++i) {
     const Set live = states.Get(i).second.Live();
-    usage.maxLiveCount = std::max(usage.maxLiveCount, live.Count());
+    usage.maxLiveCount = std::max(usage.maxLiveCount, CountMembers(live));
     if (!live.IsEmpty()) usage.maxRegisterIndex = std::max(usage.maxRegisterIndex, live.Last());
   }
   return usage;
@@ -132,7 +154,7 @@ RegisterUsage LivenessAnalysis::GetRegisterUsage(const RegisterStates& states) {
   RegisterUsage usage;
   for (const auto& [invocation, state] : states) {
     const Set& live = state.Live();
-    usage.maxLiveCount = std::max(usage.maxLiveCount, live.Count());
+    usage.maxLiveCount = std::max(usage.maxLiveCount, CountMembers(live));
     if (!live.IsEmpty()) usage.maxRegisterIndex = std::max(usage.maxRegisterIndex, live.Last());
   }
   return usage;
@@ -141,26 +163,26 @@ RegisterUsage LivenessAnalysis::GetRegisterUsage(const RegisterStates& states) {
 void LivenessAnalysis::AppendRegisterUsage(std::string& line,
                                            const std::pair<const Invocation*, RegisterState>& state,
                                            RegisterUsage usage) {
+  static const ColumnTable table;
   const Invocation* invocation = state.first;
   if (!invocation) return;
   const RegisterState& registers = state.second;
-  AppendLeftPadded(line, registers.Live().Count(), 3);
+  AppendLeftPadded(line, CountMembers(registers.Live()), 3);
   line += " | ";
-  // One column per register up to the highest live one: blank, then ':' for
-  // live, '^' for written, 'v' for read, 'x' for both, later marks winning.
+  // One column per register up to the highest live one, four at a time;
+  // columns beyond the register file stay blank.
   const int columns = usage.maxRegisterIndex + 1;
+  const int tracked = std::min(columns, Set::kWords * 64);
   const size_t first = line.size();
-  line.append(static_cast<size_t>(columns), ' ');
+  line.resize(first + ((static_cast<size_t>(tracked) + 3) & ~size_t{3}));
   char* column = line.data() + first;
-  const auto mark = [&](const Set& set, char symbol) {
-    for (int r = set.NextFrom(0); r < columns; r = set.NextFrom(r + 1)) column[r] = symbol;
-  };
-  mark(registers.Live(), ':');
-  mark(registers.Written(), '^');
-  mark(registers.Read(), 'v');
-  for (int r = registers.Read().NextFrom(0); r < columns; r = registers.Read().NextFrom(r + 1)) {
-    if (registers.Written().Contains(r)) column[r] = 'x';
+  for (int r = 0; r < tracked; r += 4) {
+    const unsigned index = Nibble(registers.Live(), r) | Nibble(registers.Written(), r) << 4 |
+                           Nibble(registers.Read(), r) << 8;
+    std::memcpy(column + r, table.text[index], 4);
   }
+  line.resize(first + static_cast<size_t>(tracked));
+  if (columns > tracked) line.append(static_cast<size_t>(columns - tracked), ' ');
   line += " | ";
   invocation->AppendText(line, true, false);
 }

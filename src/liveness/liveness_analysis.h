@@ -66,10 +66,10 @@ class LivenessStates {
 
   BasicBlockList blocks_;
   std::unique_ptr<PerInvocationCfg> cfg_;
-  // Positions in the graph's backward order, in program order.
+  // The graph's nodes that reach the program's end, in program order.
   std::vector<uint32_t> sorted_;
-  // By position in the backward order: registers hidden as not yet written;
-  // empty unless start lines are removed.
+  // By node: registers hidden as not yet written; empty unless start lines
+  // are removed.
   std::vector<Set> unwritten_;
 };
 

@@ -1,8 +1,9 @@
-// The per-instruction graph: lowering order against the recursive
-// formulation, depth-first orders, and the liveness solve.
+// The per-instruction graph: lowering order, links, depth-first orders and
+// liveness sets against the plain recursive and node-by-node formulations.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 #include <unordered_map>
@@ -17,46 +18,105 @@ namespace {
 
 using Set = SmallIntSet<256>;
 
-// The recursive lowering written out plainly; the graph's explicit-stack
-// version must create nodes and links in exactly this order.
+// The recursive lowering and the node-by-node liveness fixpoint written out
+// plainly; the graph's explicit-stack lowering and block-level solve must
+// give exactly these nodes, links, orders and sets.
 struct ReferenceGraph {
   struct Node {
     const BasicBlock* block;
     int order;
+    const Invocation* invocation;
     std::vector<int> successors;
+    std::vector<int> predecessors;
+    Set in;
+    Set out;
   };
   std::vector<Node> nodes;
   std::unordered_map<const BasicBlock*, std::pair<int, int>> byBlock;  // first, last
 
+  void Link(int from, int to) {
+    nodes[from].successors.push_back(to);
+    nodes[to].predecessors.push_back(from);
+  }
+
   void Lower(const BasicBlock* block) {
     if (byBlock.count(block)) return;
     const int first = static_cast<int>(nodes.size());
-    const int count = std::max<int>(1, static_cast<int>(block->GetInvocations().size()));
+    const auto& invocations = block->GetInvocations();
+    const int count = std::max<int>(1, static_cast<int>(invocations.size()));
     for (int i = 0; i < count; ++i) {
-      nodes.push_back({block, i, {}});
-      if (i > 0) nodes[nodes.size() - 2].successors.push_back(static_cast<int>(nodes.size()) - 1);
+      nodes.push_back({block, i, invocations.empty() ? nullptr : invocations[i], {}, {}, {}, {}});
+      if (i > 0) Link(static_cast<int>(nodes.size()) - 2, static_cast<int>(nodes.size()) - 1);
     }
     byBlock[block] = {first, static_cast<int>(nodes.size()) - 1};
     for (const BasicBlock* successor : block->GetSuccessors()) {
       Lower(successor);
-      nodes[byBlock[block].second].successors.push_back(byBlock[successor].first);
+      Link(byBlock[block].second, byBlock[successor].first);
+    }
+  }
+
+  int Exit() const {
+    for (int i = 0; i < static_cast<int>(nodes.size()); ++i)
+      if (nodes[i].successors.empty()) return i;
+    return -1;
+  }
+
+  std::vector<int> Backward(int start) const {
+    std::vector<int> result;
+    std::vector<int> stack{start};
+    std::vector<bool> visited(nodes.size());
+    while (!stack.empty()) {
+      const int node = stack.back();
+      stack.pop_back();
+      if (visited[node]) continue;
+      visited[node] = true;
+      result.push_back(node);
+      for (int predecessor : nodes[node].predecessors) stack.push_back(predecessor);
+    }
+    return result;
+  }
+
+  // Round-robin passes over the nodes that reach the exit until nothing
+  // changes: out = union of the successors' in, in = use | (out - def).
+  void Solve(RegisterType type) {
+    const std::vector<int> order = Backward(Exit());
+    for (bool changed = true; changed;) {
+      changed = false;
+      for (int i : order) {
+        Node& node = nodes[i];
+        Set out = node.out;
+        for (int successor : node.successors) out |= nodes[successor].in;
+        Set in = out;
+        if (node.invocation) {
+          in = node.invocation->GetUsedOperands(type).GetRead() |
+               (out - node.invocation->GetUsedOperands(type).GetWritten());
+        }
+        changed = changed || in != node.in || out != node.out;
+        node.in = in;
+        node.out = out;
+      }
     }
   }
 };
 
-// Node list as (block order, node order, successor indices), indices into
-// the node vector.
+std::string Links(const CfgNodeLinks& links) {
+  std::string text;
+  for (CfgNodeId node : links) text += std::to_string(node) + ",";
+  return text;
+}
+
+std::string Links(const std::vector<int>& links) {
+  std::string text;
+  for (int node : links) text += std::to_string(node) + ",";
+  return text;
+}
+
+// Node list as (block order, node order, successor numbers).
 std::vector<std::string> Describe(const PerInvocationCfg& cfg) {
-  std::map<const PerInvocationCfgNode*, int> index;
-  for (const auto& node : cfg.GetNodes()) index.emplace(node.get(), static_cast<int>(index.size()));
   std::vector<std::string> lines;
-  for (const auto& node : cfg.GetNodes()) {
-    std::string line = std::to_string(node->GetBasicBlock()->GetOrder()) + "." +
-                       std::to_string(node->GetOrder()) + "->";
-    for (const PerInvocationCfgNode* successor : node->GetSuccessors()) {
-      line += std::to_string(index.at(successor)) + ",";
-    }
-    lines.push_back(line);
+  for (CfgNodeId node = 0; node < cfg.Size(); ++node) {
+    lines.push_back(std::to_string(cfg.GetBasicBlock(node)->GetOrder()) + "." +
+                    std::to_string(cfg.GetOrder(node)) + "->" + Links(cfg.GetSuccessors(node)));
   }
   return lines;
 }
@@ -64,18 +124,10 @@ std::vector<std::string> Describe(const PerInvocationCfg& cfg) {
 std::vector<std::string> Describe(const ReferenceGraph& graph) {
   std::vector<std::string> lines;
   for (const auto& node : graph.nodes) {
-    std::string line =
-        std::to_string(node.block->GetOrder()) + "." + std::to_string(node.order) + "->";
-    for (int successor : node.successors) line += std::to_string(successor) + ",";
-    lines.push_back(line);
+    lines.push_back(std::to_string(node.block->GetOrder()) + "." + std::to_string(node.order) +
+                    "->" + Links(node.successors));
   }
   return lines;
-}
-
-bool ExitReachable(const ReferenceGraph& graph) {
-  for (const auto& node : graph.nodes)
-    if (node.block->IsExit()) return true;
-  return false;
 }
 
 // Random programs with labels, forward and backward branches, jumps and
@@ -119,31 +171,41 @@ std::vector<std::string> RandomProgram(std::mt19937& rng, int length) {
   return lines;
 }
 
-TEST(PerInvocationCfgTest, LoweringMatchesRecursiveOrderOnRandomPrograms) {
+TEST(PerInvocationCfgTest, MatchesPlainLoweringAndSolveOnRandomPrograms) {
   std::mt19937 rng(12345);
   int checked = 0;
-  for (int round = 0; round < 400; ++round) {
-    const std::vector<std::string> lines = RandomProgram(rng, 1 + round % 40);
+  for (int round = 0; round < 600; ++round) {
+    const std::vector<std::string> lines = RandomProgram(rng, 1 + round % 60);
     const std::vector<Invocation> program = test::MakeProgram(lines);
     const BasicBlockList blocks = CreateBasicBlocksFromInvocations(program);
     ReferenceGraph reference;
     reference.Lower(blocks.front().get());
-    if (!ExitReachable(reference)) {
+    if (reference.Exit() < 0) {
       EXPECT_THROW(PerInvocationCfg(blocks.front().get(), VGPR), AnalysisError);
       continue;
     }
+    reference.Solve(VGPR);
     const PerInvocationCfg cfg(blocks.front().get(), VGPR);
-    ASSERT_EQ(Describe(cfg), Describe(reference)) << "round " << round;
-    // Predecessor lists are the mirror of the successor links, in link order.
-    for (const auto& node : cfg.GetNodes()) {
-      for (const PerInvocationCfgNode* predecessor : node->GetPredecessors()) {
-        const auto& successors = predecessor->GetSuccessors();
-        EXPECT_NE(std::find(successors.begin(), successors.end(), node.get()), successors.end());
-      }
+    SCOPED_TRACE("round " + std::to_string(round));
+    ASSERT_EQ(Describe(cfg), Describe(reference));
+    EXPECT_EQ(static_cast<int>(cfg.GetExit()), reference.Exit());
+    const std::vector<int> backward = reference.Backward(reference.Exit());
+    EXPECT_EQ(std::vector<int>(cfg.GetBackwardOrder().begin(), cfg.GetBackwardOrder().end()),
+              backward);
+    EXPECT_EQ(GatherDepthFirst(cfg, cfg.GetExit(), GatherOrder::Backward), cfg.GetBackwardOrder());
+    for (CfgNodeId node = 0; node < cfg.Size(); ++node) {
+      const ReferenceGraph::Node& expected = reference.nodes[node];
+      EXPECT_EQ(Links(cfg.GetPredecessors(node)), Links(expected.predecessors)) << node;
+      EXPECT_EQ(cfg.GetInvocation(node), expected.invocation) << node;
+      EXPECT_EQ(cfg.In(node), expected.in) << node;
+      EXPECT_EQ(cfg.Out(node), expected.out) << node;
+      EXPECT_EQ(cfg.ReachesExit(node), std::find(backward.begin(), backward.end(),
+                                                 static_cast<int>(node)) != backward.end())
+          << node;
     }
     ++checked;
   }
-  EXPECT_GT(checked, 100);
+  EXPECT_GT(checked, 150);
 }
 
 TEST(PerInvocationCfgTest, ChainsNodesAndLinksBlocks) {
@@ -155,12 +217,14 @@ TEST(PerInvocationCfgTest, ChainsNodesAndLinksBlocks) {
   // goes from the branch to the first node of LOOP.
   EXPECT_EQ(Describe(cfg), (std::vector<std::string>{"0.0->1,", "1.0->2,", "2.0->3,", "2.1->2,4,",
                                                      "3.0->5,", "4.0->"}));
-  const PerInvocationCfgNode* entry = cfg.GetNodes().front().get();
-  EXPECT_EQ(cfg.GetRoot(), entry);
-  EXPECT_EQ(entry->GetInvocation(), nullptr);
-  EXPECT_TRUE(entry->Def().IsEmpty() && entry->Use().IsEmpty());
-  EXPECT_TRUE(cfg.GetExit()->GetBasicBlock()->IsExit());
-  EXPECT_EQ(cfg.GetExit()->GetInvocation(), nullptr);
+  // The back edge is linked while LOOP is being lowered, before the edge
+  // into LOOP, which is linked when the recursion returns.
+  EXPECT_EQ(Links(cfg.GetPredecessors(2)), "3,1,");
+  EXPECT_EQ(cfg.GetRoot(), 0u);
+  EXPECT_EQ(cfg.GetInvocation(0), nullptr);
+  EXPECT_TRUE(cfg.Def(0).IsEmpty() && cfg.Use(0).IsEmpty());
+  EXPECT_TRUE(cfg.GetBasicBlock(cfg.GetExit())->IsExit());
+  EXPECT_EQ(cfg.GetInvocation(cfg.GetExit()), nullptr);
 }
 
 TEST(PerInvocationCfgTest, EndlessLoopIsReported) {
@@ -181,31 +245,18 @@ TEST(PerInvocationCfgTest, GatherDepthFirstExploresLastNeighbourFirst) {
       test::MakeProgram({"A: s_cbranch_scc0 label_C", "B: v_mov_b32 v0, v1", "C: s_endpgm"});
   const BasicBlockList blocks = CreateBasicBlocksFromInvocations(program);
   const PerInvocationCfg cfg(blocks.front().get(), VGPR);
-  auto labels = [](const std::vector<PerInvocationCfgNode*>& nodes) {
+  auto labels = [&cfg](const std::vector<CfgNodeId>& nodes) {
     std::string text;
-    for (const PerInvocationCfgNode* node : nodes) text += node->GetBasicBlock()->GetLabel() + " ";
+    for (CfgNodeId node : nodes) text += cfg.GetBasicBlock(node)->GetLabel() + " ";
     return text;
   };
-  EXPECT_EQ(labels(GatherDepthFirst(cfg.GetRoot(), GatherOrder::Forward)), "entry A B C exit ");
+  EXPECT_EQ(labels(GatherDepthFirst(cfg, cfg.GetRoot(), GatherOrder::Forward)),
+            "entry A B C exit ");
   // C's predecessors are A (branch edge) then B (fall-through): B first.
-  EXPECT_EQ(labels(GatherDepthFirst(cfg.GetExit(), GatherOrder::Backward)), "exit C B A entry ");
-  const PerInvocationCfgNode* constExit = cfg.GetExit();
-  EXPECT_EQ(GatherDepthFirst(constExit, GatherOrder::Backward).size(), 5u);
-}
-
-TEST(PerInvocationCfgTest, NodeIndexFindsPositions) {
-  std::vector<std::unique_ptr<PerInvocationCfgNode>> owned;
-  std::vector<const PerInvocationCfgNode*> listed;
-  for (int i = 0; i < 5000; ++i) {
-    owned.push_back(PerInvocationCfgNode::Create(nullptr, nullptr, i, VGPR));
-    if (i % 2 == 0) listed.push_back(owned.back().get());
-  }
-  const PerInvocationCfgNodeIndex index(listed);
-  EXPECT_EQ(index.Size(), 2500);
-  for (int i = 0; i < 5000; ++i) {
-    EXPECT_EQ(index.Find(owned[i].get()), i % 2 == 0 ? i / 2 : -1) << i;
-  }
-  EXPECT_EQ(PerInvocationCfgNodeIndex({}).Find(owned[0].get()), -1);
+  EXPECT_EQ(labels(GatherDepthFirst(cfg, cfg.GetExit(), GatherOrder::Backward)),
+            "exit C B A entry ");
+  EXPECT_TRUE(
+      GatherDepthFirst(cfg, static_cast<CfgNodeId>(cfg.Size()), GatherOrder::Forward).empty());
 }
 
 struct LivenessCase {
@@ -238,17 +289,17 @@ TEST(PerInvocationCfgTest, SolvesBackwardLiveness) {
     const std::vector<Invocation> program = test::MakeProgram(c.program);
     const BasicBlockList blocks = CreateBasicBlocksFromInvocations(program);
     const PerInvocationCfg cfg(blocks.front().get(), VGPR);
-    std::map<const Invocation*, const PerInvocationCfgNode*> byInvocation;
-    for (const auto& node : cfg.GetNodes())
-      if (node->GetInvocation()) byInvocation[node->GetInvocation()] = node.get();
+    std::map<const Invocation*, CfgNodeId> byInvocation;
+    for (CfgNodeId node = 0; node < cfg.Size(); ++node)
+      if (cfg.GetInvocation(node)) byInvocation[cfg.GetInvocation(node)] = node;
     ASSERT_EQ(byInvocation.size(), c.in.size());
     for (size_t i = 0; i < program.size(); ++i) {
-      const PerInvocationCfgNode* node = byInvocation.at(&program[i]);
-      EXPECT_EQ(node->In(), c.in[i]) << "line " << i;
+      const CfgNodeId node = byInvocation.at(&program[i]);
+      EXPECT_EQ(cfg.In(node), c.in[i]) << "line " << i;
       // out = union of the successors' in.
       Set out;
-      for (const PerInvocationCfgNode* successor : node->GetSuccessors()) out |= successor->In();
-      EXPECT_EQ(node->Out(), out) << "line " << i;
+      for (CfgNodeId successor : cfg.GetSuccessors(node)) out |= cfg.In(successor);
+      EXPECT_EQ(cfg.Out(node), out) << "line " << i;
     }
   }
 }
@@ -257,9 +308,9 @@ TEST(PerInvocationCfgTest, ScalarClassTracksOnlyScalarRegisters) {
   const std::vector<Invocation> program = test::MakeProgram({"v_add_f32 v1, s4, v2", "s_endpgm"});
   const BasicBlockList blocks = CreateBasicBlocksFromInvocations(program);
   const PerInvocationCfg scalar(blocks.front().get(), SGPR);
-  EXPECT_EQ(scalar.GetRoot()->Out(), (Set{4}));
+  EXPECT_EQ(scalar.Out(scalar.GetRoot()), (Set{4}));
   const PerInvocationCfg vector(blocks.front().get(), VGPR);
-  EXPECT_EQ(vector.GetRoot()->Out(), (Set{2}));
+  EXPECT_EQ(vector.Out(vector.GetRoot()), (Set{2}));
 }
 
 // Runs `work` on a thread with a deliberately small stack, so that lowering
@@ -296,9 +347,9 @@ TEST(PerInvocationCfgTest, LongBlockChainDoesNotExhaustTheStack) {
   Set rootOut;
   RunOnSmallStack([&] {
     const PerInvocationCfg cfg(blocks.front().get(), VGPR);
-    nodeCount = cfg.GetNodes().size();
-    gathered = GatherDepthFirst(cfg.GetRoot(), GatherOrder::Forward).size();
-    rootOut = cfg.GetRoot()->Out();
+    nodeCount = cfg.Size();
+    gathered = GatherDepthFirst(cfg, cfg.GetRoot(), GatherOrder::Forward).size();
+    rootOut = cfg.Out(cfg.GetRoot());
   });
   EXPECT_EQ(nodeCount, static_cast<size_t>(count) + 3);
   EXPECT_EQ(gathered, nodeCount);

@@ -150,12 +150,50 @@ TEST(LivenessAnalysisTest, RemovedStartLinesKeepTheWrite) {
   EXPECT_EQ(states[3].first, &program[2]);
 }
 
-TEST(LivenessAnalysisTest, FormatPrecedence) {
+struct FormatCase {
+  const char* name;
+  Set read;
+  Set written;
+  Set live;
+  RegisterUsage usage;
+  std::string columns;  // the register characters between the bars
+  const char* count;
+};
+
+const FormatCase kFormatCases[] = {
+    {"precedence: both, read, written, live", {3, 5}, {3, 4}, {0, 3}, {6, 2}, ":  x^v ", "  2"},
+    {"a 64-register word boundary",
+     {63},
+     {64},
+     {62, 63, 64, 65, 66},
+     {66, 5},
+     std::string(62, ' ') + ":v^::",
+     "  5"},
+    {"the last register", {255}, {}, {255}, {255, 1}, std::string(255, ' ') + "v", "  1"},
+    {"columns beyond the register file stay blank",
+     {},
+     {},
+     {255},
+     {259, 1},
+     std::string(255, ' ') + ":    ",
+     "  1"},
+    {"members beyond the width are cut, still counted", {}, {6}, {0, 5}, {2, 2}, ":  ", "  2"},
+    {"nothing live: one blank column", {}, {}, {}, {0, 0}, " ", "  0"},
+};
+
+TEST(LivenessAnalysisTest, FormatsRegisterColumns) {
   const Invocation invocation = test::ParseTestLine("v_mac_f32 v3, v1, v2");
-  const RegisterState state(Set{3, 5}, Set{3, 4}, Set{0, 3});
-  EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({&invocation, state}, RegisterUsage{6, 2}),
-            "  2 | :  x^v  | v_mac_f32 v3, v1, v2");
-  EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({nullptr, state}, RegisterUsage{6, 2}), "");
+  for (const FormatCase& c : kFormatCases) {
+    SCOPED_TRACE(c.name);
+    const RegisterState state(c.read, c.written, c.live);
+    EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({&invocation, state}, c.usage),
+              std::string(c.count) + " | " + c.columns + " | v_mac_f32 v3, v1, v2");
+    std::string appended = "prefix";
+    LivenessAnalysis::AppendRegisterUsage(appended, {&invocation, state}, c.usage);
+    EXPECT_EQ(appended,
+              "prefix" + LivenessAnalysis::FormatRegisterUsage({&invocation, state}, c.usage));
+    EXPECT_EQ(LivenessAnalysis::FormatRegisterUsage({nullptr, state}, c.usage), "");
+  }
 }
 
 }  // namespace
