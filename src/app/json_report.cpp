@@ -18,12 +18,94 @@ JsonDocument JsonReportHeader(const InstructionSet& instructionSet) {
   return document;
 }
 
+namespace {
+
+// Containers whose one-line form fits in this many columns stay on one line.
+constexpr size_t kLineWidth = 100;
+
+// Invalid UTF-8 in listing text (instruction or function names) is replaced
+// rather than ending the run with an exception.
+void AppendScalar(std::string& out, const JsonDocument& value) {
+  out += value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+// `value` on one line, with a blank after each colon and comma.
+void AppendInline(std::string& out, const JsonDocument& value) {
+  if (!value.is_structured()) {
+    AppendScalar(out, value);
+    return;
+  }
+  const bool object = value.is_object();
+  out += object ? '{' : '[';
+  for (auto it = value.begin(); it != value.end(); ++it) {
+    if (it != value.begin()) out += ", ";
+    if (object) {
+      AppendScalar(out, JsonDocument(it.key()));
+      out += ": ";
+    }
+    AppendInline(out, *it);
+  }
+  out += object ? '}' : ']';
+}
+
+// Only scalars and arrays of scalars: a table row or a register list.
+bool IsFlat(const JsonDocument& value) {
+  for (const JsonDocument& member : value) {
+    if (member.is_object()) return false;
+    if (member.is_array()) {
+      for (const JsonDocument& inner : member) {
+        if (inner.is_structured()) return false;
+      }
+    }
+  }
+  return true;
+}
+
+// Appends `value` indented by `indent` blanks, one member per line, except
+// that a container is written on one line when it fits in the line width or
+// when it is a flat member of an array (so that long reports read one
+// instruction per line).
+void AppendJson(std::string& out, const JsonDocument& value, size_t indent, bool inArray) {
+  if (!value.is_structured() || value.empty()) {
+    AppendInline(out, value);
+    return;
+  }
+  if (inArray && IsFlat(value)) {
+    AppendInline(out, value);
+    return;
+  }
+  // A container of n members needs at least 2n + 1 columns.
+  if (2 * value.size() + 1 + indent <= kLineWidth) {
+    std::string line;
+    AppendInline(line, value);
+    if (line.size() + indent <= kLineWidth) {
+      out += line;
+      return;
+    }
+  }
+  const bool object = value.is_object();
+  out += object ? '{' : '[';
+  for (auto it = value.begin(); it != value.end(); ++it) {
+    out += it == value.begin() ? "\n" : ",\n";
+    out.append(indent + 2, ' ');
+    if (object) {
+      AppendScalar(out, JsonDocument(it.key()));
+      out += ": ";
+    }
+    AppendJson(out, *it, indent + 2, !object);
+  }
+  out += '\n';
+  out.append(indent, ' ');
+  out += object ? '}' : ']';
+}
+
+}  // namespace
+
 void WriteJsonDocument(std::ostream& out, const JsonDocument& document) {
-  // Invalid UTF-8 in listing text (instruction or function names) is
-  // replaced rather than ending the run with an exception.
-  const std::string text = document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+  std::string text;
+  AppendJson(text, document, 0, false);
+  text += '\n';
   out.write(text.data(), static_cast<std::streamsize>(text.size()));
-  out << '\n';
   out.flush();
 }
 

@@ -18,7 +18,9 @@ std::string GenerationName(const InstructionSet& instructionSet);
 // A new document holding {"vesk": VERSION, "isa": GENERATION}.
 JsonDocument JsonReportHeader(const InstructionSet& instructionSet);
 
-// Writes `document` indented by two blanks with a final line end.
+// Writes `document` indented by two blanks with a final line end; arrays and
+// objects that fit in 100 columns, and flat elements of arrays (table rows),
+// are written on one line.
 void WriteJsonDocument(std::ostream& out, const JsonDocument& document);
 
 }  // namespace vesk

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "app/json_printers.h"
 #include "liveness/liveness_analysis.h"
 #include "util/string_helpers.h"
 
@@ -20,6 +21,10 @@ bool LivenessAnalyzer::InvokeImpl() {
   const vesk::RegisterUsage usage = LivenessAnalysis::GetRegisterUsage(states);
   const int width = usage.maxRegisterIndex + 1;
   const bool summaryOnly = (options & AnalyzeLiveness::summaryOnly) != 0;
+  if (format == vesk::ReportFormat::Json) {
+    vesk::FillLivenessJson(*jsonProgram, states, usage, summaryOnly);
+    return true;
+  }
 
   // The report is built in memory and written in large pieces: one write for
   // a short report, one per megabyte for a long one.

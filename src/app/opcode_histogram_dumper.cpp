@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/json_printers.h"
+
 namespace {
 
 // The operand type that an opcode name ends in ("v_add_f32" -> "f32"), or
@@ -46,12 +48,15 @@ bool OpcodeHistogramDumper::InvokeImpl() {
     const std::string name = record->GetName();
     counts[groupBy.empty() ? name : OperandSizeKey(name)] += count;
   }
-  // "instruction-class" is accepted but counts nothing.
-  if (counts.empty()) return true;
-
   std::vector<std::pair<std::string, int>> entries(counts.begin(), counts.end());
   std::sort(entries.begin(), entries.end(),
             [](const auto& a, const auto& b) { return a.second > b.second; });
+  if (format == vesk::ReportFormat::Json) {
+    vesk::FillHistogramJson(*jsonProgram, groupBy, invocations.size(), entries);
+    return true;
+  }
+  // "instruction-class" is accepted but counts nothing.
+  if (entries.empty()) return true;
 
   size_t nameWidth = 0;
   int countWidth = 0;

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "app/json_printers.h"
 #include "stall/stall_analysis.h"
 
 namespace {
@@ -48,6 +49,10 @@ bool StallCycleAnalyzer::InvokeImpl() {
     return false;
   }
   const auto result = vesk::StallCycleAnalysis::AnalyzeStallCycles(invocations, wave64);
+  if (format == vesk::ReportFormat::Json) {
+    vesk::FillStallJson(*jsonProgram, result);
+    return true;
+  }
 
   std::string report = "  Line";
   if (showGaps) report += " |    ";

@@ -9,9 +9,12 @@
 #include <fmt/format.h>
 
 #include "app/cfg_dumper.h"
+#include "app/json_report.h"
 #include "app/liveness_analyzer.h"
 #include "app/opcode_histogram_dumper.h"
 #include "app/stall_cycle_analyzer.h"
+#include "app/summary_reporter.h"
+#include "app/version.h"
 #include "readers/llvm_listing_reader.h"
 #include "readers/llvm_processors.h"
 #include "util/analysis_error.h"
@@ -55,6 +58,7 @@ VeskApp::VeskApp() : CLI::App("Vesk 3.0", "") {
   set_help_flag("-h,--help", "Print this help message and exit");
   isa = "gfx10";
   inputType = "auto";
+  format = "text";
   isaOption =
       add_option("--isa,-i", isa, "")
           ->transform(CLI::Validator(CheckIsaName, "{gfx7,gfx8,gfx9,gfx10,gfx700..gfx1013}"));
@@ -62,6 +66,9 @@ VeskApp::VeskApp() : CLI::App("Vesk 3.0", "") {
       ->transform(CLI::IsMember({"hsail", "sc", "sa", "raw", "auto", "llvm"}, CLI::ignore_case));
   add_option("--function", functionName,
              "Analyse only this function of a listing that holds several (LLVM input)");
+  add_option("--format", format, "Report form: text (default) or json")
+      ->transform(CLI::IsMember({"text", "json"}, CLI::ignore_case));
+  set_version_flag("--version", "vesk " VESK_VERSION, "Print the version and exit");
   ConfigureCommands();
 }
 
@@ -102,6 +109,14 @@ void VeskApp::ConfigureCommands() {
   addPaths(stallCyclesCommand, true);
   stallCyclesCommand->add_option("-w", waveSize, "32, 64");
   gapsFlag = AddFlag(stallCyclesCommand, "--gaps,-g", "Shows the actual stalls as separate lines.");
+
+  summaryCommand = add_subcommand(
+      "summary", "Write register pressure, occupancy and (GFX10) the worst stalls on one screen.");
+  addPaths(summaryCommand, true);
+  summaryCommand
+      ->add_option("-w", summaryWaveSize,
+                   "Wave size; default: the listing's, else 32 on gfx10 and 64 before")
+      ->check(CLI::IsMember({"32", "64"}));
 
   require_subcommand(1, 0);
 }
@@ -168,27 +183,70 @@ void VeskApp::ApplyPathsInCommandLineOrder() {
   }
 }
 
+const CLI::App* VeskApp::RunningCommand() const {
+  // With several subcommands on one line, the first of this order runs
+  // (print-instructions needs no input and goes before every analysis).
+  for (const CLI::App* command :
+       {printInstructionsCommand, analyseLivenessCommand, dumpBbCfgCommand, dumpPiCfgCommand,
+        opcodeHistogramCommand, stallCyclesCommand, summaryCommand}) {
+    if (command->parsed()) return command;
+  }
+  return stallCyclesCommand;
+}
+
 std::unique_ptr<BaseVeskAppTask> VeskApp::CreateTask() {
-  if (analyseLivenessCommand->parsed()) {
+  const CLI::App* command = RunningCommand();
+  if (command == analyseLivenessCommand) {
     const uint32_t options =
         (summaryFlag->count() ? AnalyzeLiveness::summaryOnly : 0u) +
         (removeStartLinesFlag->count() ? AnalyzeLiveness::removeStartLines : 0u);
     return std::make_unique<LivenessAnalyzer>(inputStream, outputStream,
                                               static_cast<AnalyzeLiveness::Options>(options));
   }
-  if (dumpBbCfgCommand->parsed()) {
+  if (command == dumpBbCfgCommand) {
     return std::make_unique<CFGDumper>(inputStream, outputStream,
                                        compactFlag->count() ? CompactBasicBlocks : BasicBlocks);
   }
-  if (dumpPiCfgCommand->parsed()) {
+  if (command == dumpPiCfgCommand) {
     return std::make_unique<CFGDumper>(inputStream, outputStream, PerInstruction);
   }
-  if (opcodeHistogramCommand->parsed()) {
+  if (command == opcodeHistogramCommand) {
     return std::make_unique<OpcodeHistogramDumper>(inputStream, outputStream, groupBy);
   }
+  if (command == summaryCommand)
+    return std::make_unique<SummaryReporter>(inputStream, outputStream);
   // Only the exact text "64" selects wave64; anything else is wave32.
-  return std::make_unique<StallCycleAnalyzer>(inputStream, outputStream, waveSize == "64",
+  return std::make_unique<StallCycleAnalyzer>(inputStream, outputStream, StallWave64(),
                                               gapsFlag->count() != 0);
+}
+
+void VeskApp::CheckFormat() const {
+  if (!JsonFormat()) return;
+  const CLI::App* command = RunningCommand();
+  const auto refuse = [command](const char* why) {
+    throw vesk::AnalysisError(
+        fmt::format("--format json is not available for {} ({})", command->get_name(), why));
+  };
+  if (command == dumpBbCfgCommand || command == dumpPiCfgCommand) refuse("it writes a dot graph");
+  if (command == printInstructionsCommand) refuse("it writes a plain list");
+  if (command == stallCyclesCommand && gapsFlag->count()) {
+    throw vesk::AnalysisError(
+        "stall-cycles --gaps draws stalls as text rows; its JSON form has the cycles of every "
+        "row: leave out --gaps");
+  }
+}
+
+int VeskApp::ChooseWaveSize(const vesk::ProgramAttributes& attributes, int generation) const {
+  if (summaryWaveSize == "64") return 64;
+  if (summaryWaveSize == "32") {
+    if (generation < 10) {
+      throw vesk::AnalysisError(
+          fmt::format("-w 32: gfx{} runs waves of 64 work-items only", generation));
+    }
+    return 32;
+  }
+  if (generation < 10) return 64;
+  return attributes.waveSize.value_or(32);
 }
 
 std::string VeskApp::ChooseGeneration() {
@@ -232,6 +290,7 @@ void VeskApp::SelectFunction(std::vector<vesk::ListingProgram>& programs) const 
 
 bool VeskApp::Execute() {
   ApplyPathsInCommandLineOrder();
+  CheckFormat();
   if (!CreateInputStream()) return false;
   CreateOutputStream();
 
@@ -256,15 +315,47 @@ bool VeskApp::Execute() {
   // back before the analyses build their graphs.
   std::stringstream().swap(inputStream);
   SelectFunction(programs);
-  const bool headers = functionName.empty() && !programs.empty() && !programs[0].name.empty();
+  const bool json = JsonFormat();
+  const bool headers =
+      !json && functionName.empty() && !programs.empty() && !programs[0].name.empty();
   const bool dot = dumpBbCfgCommand->parsed() || dumpPiCfgCommand->parsed();
   if (programs.empty()) programs.emplace_back();
 
+  // In JSON form every program adds its object to one document, written
+  // only when all of them succeeded; a failure writes its message alone.
+  const int generation = static_cast<int>(instructionSet->GetVersion() >> 16);
+  const bool summary = RunningCommand() == summaryCommand;
+  const bool stall = RunningCommand() == stallCyclesCommand;
+  vesk::JsonDocument document;
+  if (json) {
+    document = vesk::JsonReportHeader(*instructionSet);
+    // The summary's wave size is set below once every program's is known.
+    if (stall || summary) document["wave_size"] = StallWave64() ? 64 : 32;
+    document["programs"] = vesk::JsonDocument::array();
+  }
+  std::optional<int> commonWaveSize;
   bool result = true;
-  for (vesk::ListingProgram& program : programs) {
+  for (size_t i = 0; i < programs.size() && result; ++i) {
+    vesk::ListingProgram& program = programs[i];
     std::unique_ptr<BaseVeskAppTask> task = CreateTask();
     task->instructionSet = instructionSet.get();
     task->invocations = std::move(program.invocations);
+    task->attributes = program.attributes;
+    if (summary) {
+      task->waveSize = ChooseWaveSize(program.attributes, generation);
+      if (i == 0 || commonWaveSize != task->waveSize) {
+        commonWaveSize = i == 0 ? std::optional<int>(task->waveSize) : std::nullopt;
+      }
+    } else {
+      task->waveSize = StallWave64() ? 64 : 32;
+    }
+    vesk::JsonDocument programJson = vesk::JsonDocument::object();
+    if (json) {
+      task->format = vesk::ReportFormat::Json;
+      task->jsonProgram = &programJson;
+      programJson["function"] =
+          program.name.empty() ? vesk::JsonDocument(nullptr) : vesk::JsonDocument(program.name);
+    }
     if (headers) *task->output << (dot ? "// Function " : "Function ") << program.name << '\n';
     if (task->invocations.empty()) {
       *task->output << "Could not find any invocations." << std::endl;
@@ -273,7 +364,14 @@ bool VeskApp::Execute() {
       result = task->InvokeImpl();
     }
     task.reset();
-    if (!result) break;
+    if (json) document["programs"].push_back(std::move(programJson));
+  }
+  if (json && result) {
+    // Programs of one listing may state different wave sizes.
+    if (summary)
+      document["wave_size"] =
+          commonWaveSize ? vesk::JsonDocument(*commonWaveSize) : vesk::JsonDocument(nullptr);
+    vesk::WriteJsonDocument(*outputStream, document);
   }
   reader.reset();
   instructionSet.reset();

@@ -1,5 +1,5 @@
-// The command-line application: global options, the six subcommands, input
-// and output streams, and the dispatch to exactly one analysis task.
+// The command-line application: global options, the subcommands, input and
+// output streams, and the dispatch to exactly one analysis task.
 #pragma once
 
 #include <fstream>
@@ -36,12 +36,24 @@ class VeskApp : public CLI::App {
   std::string ChooseGeneration();
   // With --function, keeps only that program; an unknown name fails the run.
   void SelectFunction(std::vector<vesk::ListingProgram>& programs) const;
+  // --format json for a subcommand without a JSON report fails the run
+  // before any output is opened.
+  void CheckFormat() const;
+  // The wave size one program runs with: -w, else what the listing states,
+  // else the generation's own (wave32 on gfx10, wave64 before).
+  int ChooseWaveSize(const vesk::ProgramAttributes& attributes, int generation) const;
+  bool JsonFormat() const { return format == "json"; }
+  // The subcommand that runs: the first given in the order CreateTask tests.
+  const CLI::App* RunningCommand() const;
+  // stall-cycles: only the exact text "64" selects wave64.
+  bool StallWave64() const { return waveSize == "64"; }
 
   std::string inputPath;
   std::string outputPath;
   std::string isa;
   std::string inputType;
   std::string functionName;
+  std::string format;
   CLI::Option* isaOption = nullptr;
   std::stringstream inputStream;
   std::ostream* outputStream = nullptr;
@@ -59,4 +71,6 @@ class VeskApp : public CLI::App {
   CLI::App* stallCyclesCommand = nullptr;
   std::string waveSize;
   CLI::Option* gapsFlag = nullptr;
+  CLI::App* summaryCommand = nullptr;
+  std::string summaryWaveSize;
 };
