@@ -44,9 +44,9 @@ const char* HardwarePhrase(uint8_t condition) {
 }
 
 // "buffer_load_dword v[4:7] (line 12)": the opcode, with the first operand
-// (the destination of the instructions that are waited for) when the phrase
-// does not name the register already.
-std::string CulpritText(const Invocation& culprit, bool withOperand = true) {
+// for memory operations (their data register, which tells several accesses
+// apart); other culprits are named by opcode and line.
+std::string CulpritText(const Invocation& culprit, bool withOperand) {
   std::string text = culprit.GetInstruction()->GetName();
   if (withOperand && !culprit.GetArgs().empty()) {
     text += ' ';
@@ -96,13 +96,15 @@ std::string DescribeStallCause(const StallCause& cause) {
     case StallCauseKind::kMemoryCounter: {
       const char* counter = GetWaitCounterName(cause.counter);
       const std::string name = counter != nullptr ? counter : "memory";
-      if (cause.culprit != nullptr) return name + ": waits for " + CulpritText(*cause.culprit);
+      if (cause.culprit != nullptr)
+        return name + ": waits for " + CulpritText(*cause.culprit, true);
       // No operation was outstanding: a fixed or unbounded wait of the model.
       return name + " wait";
     }
     case StallCauseKind::kDependencyCounter: {
       std::string text = GetStallConditionName(cause.condition);
-      if (cause.culprit != nullptr) return text + ": waits for " + CulpritText(*cause.culprit);
+      if (cause.culprit != nullptr)
+        return text + ": waits for " + CulpritText(*cause.culprit, false);
       return text;
     }
   }

@@ -12,10 +12,10 @@ namespace vesk {
 
 // One short phrase, e.g. "vmcnt: waits for buffer_load_dword v[4:7] (line
 // 12)", "v5 written by v_mul_f32 (line 30)", "va_vdst: waits for v_add_f32
-// v1 (line 7)", "VALU busy", "shortened vdst wait". The culprit is named by
-// its opcode and first operand; "(line N)" only when the listing line is
-// known; "vmcnt wait" for a memory wait with nothing outstanding. Empty for a
-// cause of kind kNone.
+// (line 7)", "VALU busy", "shortened vdst wait". The culprit is named by its
+// opcode, with its first operand for memory waits; "(line N)" only when the
+// listing line is known; "vmcnt wait" for a memory wait with nothing
+// outstanding. Empty for a cause of kind kNone.
 std::string DescribeStallCause(const StallCause& cause);
 
 // {"kind": "memory_counter" | "register" | "dependency_counter" | "hardware"
