@@ -67,7 +67,8 @@ void LaunchFactsCollector::ReadMetadataLine(std::string_view text, uint32_t line
   int indent = IndentOf(text);
   std::string_view content = TrimBlanks(text);
   if (content.empty() || content.starts_with('#')) return;
-  if (indent == 0) {
+  const bool item = content.starts_with("- ") || content == "-";
+  if (indent == 0 && !(item && inKernels_)) {
     // A top-level key: only the kernel list is of interest.
     inKernels_ = content == "amdhsa.kernels:";
     kernelColumn_ = -1;
@@ -75,7 +76,7 @@ void LaunchFactsCollector::ReadMetadataLine(std::string_view text, uint32_t line
     return;
   }
   if (!inKernels_) return;
-  if (content.starts_with("- ") || content == "-") {
+  if (item) {
     if (kernelColumn_ < 0) kernelColumn_ = indent;
     if (indent == kernelColumn_) {
       // "  - .args:" opens the next kernel's entry; its first key stands on

@@ -88,6 +88,11 @@ TEST(LlvmLaunchFacts, DescriptorAndMetadataPerKernel) {
                     "    .sgpr_count: 9\n"
                     "  - .name: 'c'\n    .reqd_workgroup_size: [ 64, 1, 1 ]\n"),
        {{"b", 64, std::nullopt, 256, false}, {"c", std::nullopt, 0, 64, std::nullopt}}},
+      {"kernel entries may start in the first column",
+       Kernel("d", "") + "\t.amdgpu_metadata\n---\namdhsa.kernels:\n- .name: d\n"
+                         "  .max_flat_workgroup_size: 128\n- .name: e\namdhsa.version:\n"
+                         "- 1\n\t.end_amdgpu_metadata\n",
+       {{"d", std::nullopt, std::nullopt, 128, std::nullopt}}},
       {"a device function and a kernel without metadata keep unstated facts empty",
        "\t.type f,@function\nf:\n\ts_setpc_b64 s[30:31]\n.Lfunc_end0:\n" +
            Kernel("k", "\t\t.amdhsa_next_free_vgpr 3\n"),
