@@ -97,6 +97,19 @@ std::string RegisterText(const RegisterFileSummary& file) {
                      Shorten(InstructionText(file.peakInstruction), 40), file.allocated);
 }
 
+// What the register files alone would allow; SGPRs limit waves before
+// gfx10 only.
+std::string RegisterWaves(const ProgramSummary& summary) {
+  const Occupancy& o = summary.occupancy;
+  std::string text =
+      fmt::format("VGPRs would allow {} ({} allocated, {} in granules of {})", o.vgprWaves,
+                  summary.vgpr.allocated, o.vgprsRounded, o.vgprGranule);
+  if (summary.generation < 10) {
+    text += fmt::format(", SGPRs {} ({} counted)", o.sgprWaves, o.sgprsCounted);
+  }
+  return text;
+}
+
 // The occupancy sentence: the waves, what limits them and, for a register
 // limit, how many registers fewer give the next wave.
 std::vector<std::string> OccupancyText(const ProgramSummary& summary,
@@ -117,31 +130,28 @@ std::vector<std::string> OccupancyText(const ProgramSummary& summary,
     }
     case OccupancyLimit::Sgpr: {
       const int reserved = o.sgprsCounted - summary.sgpr.allocated;
-      std::string detail = fmt::format(
-          "{} counted ({} allocated, {} reserved by hardware), {} "
-          "available to each wave",
-          o.sgprsCounted, summary.sgpr.allocated, reserved, o.sgprsRounded);
-      detail += o.fewerForNextWave > 0
-                    ? fmt::format("; {} or fewer {}", o.sgprsCounted - o.fewerForNextWave, next)
-                    : std::string("; fewer SGPRs alone give no more waves");
-      return {head + ", limited by SGPRs:", detail};
+      return {head + ", limited by SGPRs:",
+              fmt::format("{} counted ({} allocated, {} reserved by hardware), {} per wave at {}",
+                          o.sgprsCounted, summary.sgpr.allocated, reserved, o.sgprsRounded,
+                          Plural(o.wavesPerSimd, "wave")),
+              o.fewerForNextWave > 0
+                  ? fmt::format("{} or fewer {}", o.sgprsCounted - o.fewerForNextWave, next)
+                  : std::string("fewer SGPRs alone give no more waves")};
     }
     case OccupancyLimit::Lds:
-      return {head + ", limited by LDS:",
-              fmt::format("{} bytes per workgroup of {} work-items; VGPRs would allow {}",
-                          attributes.ldsBytes.value_or(0), attributes.workgroupSize.value_or(0),
-                          o.vgprWaves)};
+      return {head + ", limited by LDS and workgroup size:",
+              fmt::format("{} LDS bytes per workgroup of {} work-items",
+                          attributes.ldsBytes.value_or(0), attributes.workgroupSize.value_or(0)),
+              RegisterWaves(summary)};
     case OccupancyLimit::Waves:
       break;
   }
-  return {head + ", all the wave slots:",
-          fmt::format("VGPRs would allow {} ({} allocated, {} in granules of {})", o.vgprWaves,
-                      summary.vgpr.allocated, o.vgprsRounded, o.vgprGranule)};
+  return {head + ", limited by the wave slots:", RegisterWaves(summary)};
 }
 
 void AddStallTable(std::string& out, const StallSummary& stall) {
   AddLine(out, "Stalls",
-          fmt::format("{} in finite stalls; {} with no bound (\"Inf\")",
+          fmt::format("{} in finite stalls; {} of unbounded latency (Inf)",
                       Plural(stall.totalCycles, "cycle"), Plural(stall.unboundedWaits, "wait")));
   if (stall.worst.empty()) return;
   out += fmt::format("Worst stalls\n  {:>5}  {:>6}  {:<{}}  {}\n", "Line", "Cycles", "Instruction",
