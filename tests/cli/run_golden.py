@@ -8,6 +8,7 @@ A case is a directory holding:
   expected_stderr   optional: what it writes to standard error
   expected_status   the exit status
   expected_files/   optional: files the program writes (compared by name, relative to the case)
+  expected_absent   optional: names of files (one a line) the program must not write
   normalize         optional: per-instruction dot node names carry a memory address;
                     when present, "n_pi_<label>_<digits>" is rewritten to "n_pi_<label>_ADDR"
 The program runs with the case directory as its working directory; its path is written as
@@ -48,9 +49,16 @@ def expected_files(case: str):
     return sorted(os.listdir(root))
 
 
+def absent_files(case: str):
+    path = os.path.join(case, "expected_absent")
+    if not os.path.exists(path):
+        return []
+    return [line.strip() for line in open(path) if line.strip()]
+
+
 def main() -> int:
     program, case = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
-    for name in expected_files(case):
+    for name in expected_files(case) + absent_files(case):
         path = os.path.join(case, name)
         if os.path.exists(path):
             os.remove(path)
@@ -74,6 +82,11 @@ def main() -> int:
         actual = open(produced, "rb").read() if os.path.exists(produced) else b"<missing>\n"
         compare(name, actual, open(os.path.join(case, "expected_files", name), "rb").read())
         if os.path.exists(produced):
+            os.remove(produced)
+    for name in absent_files(case):
+        produced = os.path.join(case, name)
+        if os.path.exists(produced):
+            failures.append(f"{name} was written, expected no such file\n")
             os.remove(produced)
     expected_status = int(open(os.path.join(case, "expected_status")).read().strip())
     if proc.returncode != expected_status:
