@@ -12,6 +12,40 @@ namespace {
 
 const PerInvocationCfg::Set kEmptySet;
 
+// The lowered number of each block. Blocks of one program have distinct
+// orders 0..n-1, so the table is a vector indexed by order, checked against
+// the block; blocks whose order does not fit go to a hash map.
+class LoweredBlocks {
+ public:
+  // The number of `block`, given `number` when it is new, and whether it is.
+  std::pair<uint32_t, bool> Insert(const BasicBlock* block, uint32_t number) {
+    const int order = block->GetOrder();
+    if (order >= 0 && order < kDenseLimit) {
+      if (static_cast<size_t>(order) >= byOrder.size())
+        byOrder.resize(order + size_t{1} + order / 2);
+      Slot& slot = byOrder[order];
+      if (!slot.block) {
+        slot = {block, number};
+        return {number, true};
+      }
+      if (slot.block == block) return {slot.number, false};
+    }
+    const auto [found, added] = others.try_emplace(block, number);
+    return {found->second, added};
+  }
+  // The number of a block inserted before.
+  uint32_t Find(const BasicBlock* block) { return Insert(block, 0).first; }
+
+ private:
+  static constexpr int kDenseLimit = 1 << 22;
+  struct Slot {
+    const BasicBlock* block = nullptr;
+    uint32_t number = 0;
+  };
+  std::vector<Slot> byOrder;
+  std::unordered_map<const BasicBlock*, uint32_t> others;
+};
+
 }  // namespace
 
 PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type_) : type(type_) {
@@ -36,17 +70,17 @@ PerInvocationCfg::PerInvocationCfg(const BasicBlock* entry, RegisterType type_) 
 // The recursion is kept on an explicit stack because real shaders can have
 // thousands of blocks in a chain. Nodes are numbered in creation order.
 void PerInvocationCfg::Lower(const BasicBlock* entry) {
-  std::unordered_map<const BasicBlock*, uint32_t> lowered;
+  LoweredBlocks lowered;
   CfgNodeId nodeCount = 0;
   // The block's number among the lowered blocks, and whether it is new.
   const auto lowerBlock = [&](const BasicBlock* block) -> std::pair<uint32_t, bool> {
-    const auto [found, added] = lowered.try_emplace(block, static_cast<uint32_t>(blocks.size()));
-    if (!added) return {found->second, false};
+    const auto [number, added] = lowered.Insert(block, static_cast<uint32_t>(blocks.size()));
+    if (!added) return {number, false};
     const size_t instructions = block->GetInvocations().size();
     const uint32_t count = instructions == 0 ? 1 : static_cast<uint32_t>(instructions);
     blocks.push_back(Block{block, nodeCount, count});
     nodeCount += count;
-    return {found->second, true};
+    return {number, true};
   };
 
   // Block-to-block links in the order the recursion makes them.
@@ -94,7 +128,7 @@ void PerInvocationCfg::Lower(const BasicBlock* entry) {
   for (Block& b : blocks) {
     b.successorBegin = static_cast<uint32_t>(successorFirst.size());
     for (const BasicBlock* successor : b.block->GetSuccessors()) {
-      successorFirst.push_back(blocks[lowered.at(successor)].firstNode);
+      successorFirst.push_back(blocks[lowered.Find(successor)].firstNode);
     }
     b.successorEnd = static_cast<uint32_t>(successorFirst.size());
   }

@@ -259,6 +259,41 @@ TEST(PerInvocationCfgTest, GatherDepthFirstExploresLastNeighbourFirst) {
       GatherDepthFirst(cfg, static_cast<CfgNodeId>(cfg.Size()), GatherOrder::Forward).empty());
 }
 
+// Blocks made by hand need not carry distinct orders; the graph must keep
+// them apart all the same.
+TEST(PerInvocationCfgTest, HandMadeBlocksWithAnyOrders) {
+  const std::vector<Invocation> program =
+      test::MakeProgram({"v_mov_b32 v0, v1", "v_mov_b32 v2, v0", "s_endpgm"});
+  const struct {
+    const char* name;
+    int orders[4];  // entry, two instruction blocks, exit
+  } cases[] = {
+      {"distinct", {0, 1, 2, 3}},
+      {"all equal", {0, 0, 0, 0}},
+      {"negative and huge", {-1, 1 << 30, -1, 7}},
+      {"reused out of sequence", {5, 2, 5, 2}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    BasicBlockList blocks;
+    blocks.push_back(BasicBlock::CreateBasicBlock("entry", {}, c.orders[0]));
+    blocks.push_back(BasicBlock::CreateBasicBlock("a", {&program[0]}, c.orders[1]));
+    blocks.push_back(BasicBlock::CreateBasicBlock("b", {&program[1], &program[2]}, c.orders[2]));
+    blocks.push_back(BasicBlock::CreateBasicBlock("exit", {}, c.orders[3]));
+    for (size_t i = 0; i + 1 < blocks.size(); ++i)
+      BasicBlock::Link(blocks[i].get(), blocks[i + 1].get());
+    BasicBlock::Link(blocks[2].get(), blocks[1].get());  // b loops back to a
+    const PerInvocationCfg cfg(blocks.front().get(), VGPR);
+    ASSERT_EQ(cfg.Size(), 5u);
+    std::string labels;
+    for (CfgNodeId node = 0; node < cfg.Size(); ++node)
+      labels += cfg.GetBasicBlock(node)->GetLabel() + ":" + Links(cfg.GetSuccessors(node)) + " ";
+    EXPECT_EQ(labels, "entry:1, a:2, b:3, b:4,1, exit: ");
+    EXPECT_EQ(cfg.In(1), (Set{1}));
+    EXPECT_EQ(cfg.Out(3), (Set{1}));
+  }
+}
+
 struct LivenessCase {
   const char* name;
   std::vector<std::string> program;
