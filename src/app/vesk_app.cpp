@@ -356,6 +356,8 @@ bool VeskApp::Execute() {
       programJson["function"] =
           program.name.empty() ? vesk::JsonDocument(nullptr) : vesk::JsonDocument(program.name);
     }
+    // Summaries of several functions are set apart by an empty line.
+    if (headers && summary && i > 0) *task->output << '\n';
     if (headers) *task->output << (dot ? "// Function " : "Function ") << program.name << '\n';
     if (task->invocations.empty()) {
       *task->output << "Could not find any invocations." << std::endl;
