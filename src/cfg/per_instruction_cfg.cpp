@@ -171,30 +171,50 @@ CfgNodeId PerInvocationCfg::FindExit() const {
 // in = use | (out - def), which compose into one step per block:
 // in = gen | (out - kill), with gen the registers read before any write in
 // the block and kill every register it writes. The blocks are solved with a
-// worklist (a block is revisited only when the live-in of a successor grew),
-// then one backward sweep per block gives every instruction its sets. Both
-// sets only grow from empty, so this is the least solution, the same as node
-// by node in any order. Blocks that do not reach the exit keep empty sets and
-// add nothing to their predecessors.
+// worklist (a block is revisited only when the live-in of a successor grew).
+// A block's first visit sweeps its instructions, which gives their sets and
+// the block's gen and kill in one pass; later visits use gen and kill, and
+// the blocks whose live-out grew after their sweep are swept again at the
+// end. Without loops every block is swept once. Both sets only grow from
+// empty, so this is the least solution, the same as node by node in any
+// order. Blocks that do not reach the exit keep empty sets and add nothing
+// to their predecessors.
 void PerInvocationCfg::Solve() {
   in.assign(Size(), Set());
   blockOut.assign(blocks.size(), Set());
   std::vector<Set> gen(blocks.size());
   std::vector<Set> kill(blocks.size());
-  for (uint32_t b = 0; b < blocks.size(); ++b) {
-    if (!blocks[b].reachesExit) continue;
+  std::vector<Set> blockIn(blocks.size());
+  // 0: not swept yet, 1: swept with its current live-out, 2: live-out grew
+  // since the sweep.
+  std::vector<char> swept(blocks.size(), 0);
+
+  // The live-in of every instruction of `b` from the block's live-out; with
+  // `summarise`, also the block's gen and kill. Returns the block's live-in.
+  const auto sweep = [&](uint32_t b, bool summarise) {
     const std::vector<const Invocation*>& invocations = blocks[b].block->GetInvocations();
-    Set live;
+    const CfgNodeId first = blocks[b].firstNode;
+    Set live = blockOut[b];
+    Set read;
     Set written;
     for (size_t i = invocations.size(); i-- > 0;) {
       const InstructionOperands& operands = invocations[i]->GetUsedOperands(type);
       live -= operands.GetWritten();
       live |= operands.GetRead();
-      written |= operands.GetWritten();
+      in[first + i] = live;
+      if (summarise) {
+        read -= operands.GetWritten();
+        read |= operands.GetRead();
+        written |= operands.GetWritten();
+      }
     }
-    gen[b] = live;
-    kill[b] = written;
-  }
+    if (invocations.empty()) in[first] = live;
+    if (summarise) {
+      gen[b] = read;
+      kill[b] = written;
+    }
+    return live;
+  };
 
   // Blocks in the order the backward walk first reaches them: straight-line
   // code settles in one visit per block.
@@ -208,7 +228,6 @@ void PerInvocationCfg::Solve() {
       queue.push_back(b);
     }
   }
-  std::vector<Set> blockIn(blocks.size());
   // A ring over `queue`: a block is in it at most once.
   size_t head = 0;
   size_t pending = queue.size();
@@ -223,8 +242,17 @@ void PerInvocationCfg::Solve() {
     for (uint32_t s = block.successorBegin; s < block.successorEnd; ++s) {
       out |= blockIn[nodeBlock[successorFirst[s]]];
     }
-    blockOut[b] = out;
-    const Set live = gen[b] | (out - kill[b]);
+    Set live;
+    if (!swept[b]) {
+      blockOut[b] = out;
+      live = sweep(b, true);
+      swept[b] = 1;
+    } else {
+      if (out == blockOut[b]) continue;
+      blockOut[b] = out;
+      live = gen[b] | (out - kill[b]);
+      swept[b] = 2;
+    }
     if (live == blockIn[b]) continue;
     blockIn[b] = live;
     // Predecessors of a block that reaches the exit reach it too.
@@ -238,16 +266,7 @@ void PerInvocationCfg::Solve() {
   }
 
   for (uint32_t b = 0; b < blocks.size(); ++b) {
-    if (!blocks[b].reachesExit) continue;
-    const std::vector<const Invocation*>& invocations = blocks[b].block->GetInvocations();
-    Set live = blockOut[b];
-    for (size_t i = invocations.size(); i-- > 0;) {
-      const InstructionOperands& operands = invocations[i]->GetUsedOperands(type);
-      live -= operands.GetWritten();
-      live |= operands.GetRead();
-      in[blocks[b].firstNode + i] = live;
-    }
-    if (invocations.empty()) in[blocks[b].firstNode] = live;
+    if (swept[b] == 2) sweep(b, false);
   }
 }
 
