@@ -124,11 +124,24 @@ LivenessStates::~LivenessStates() = default;
 
 std::pair<const Invocation*, RegisterState> LivenessStates::Get(size_t i) const {
   const CfgNodeId node = sorted_[i];
-  const Set hidden = unwritten_.empty() ? Set() : unwritten_[node];
-  const Set live = (cfg_->In(node) | cfg_->Out(node)) - hidden;
-  const Set read = cfg_->Use(node) - hidden;
+  const Invocation* invocation = cfg_->GetInvocation(node);
+  Set live = cfg_->In(node) | cfg_->Out(node);
+  if (!invocation)
+    return {nullptr,
+            RegisterState(Set(), Set(), unwritten_.empty() ? live : live - unwritten_[node])};
+  const InstructionOperands& operands = invocation->GetUsedOperands(cfg_->GetRegisterType());
+  if (unwritten_.empty())
+    return {invocation, RegisterState(operands.GetRead(), operands.GetWritten(), live)};
   // A write is always shown, even of a register hidden as unwritten.
-  return {cfg_->GetInvocation(node), RegisterState(read, cfg_->Def(node), live)};
+  const Set& hidden = unwritten_[node];
+  return {invocation,
+          RegisterState(operands.GetRead() - hidden, operands.GetWritten(), live - hidden)};
+}
+
+RegisterState::Set LivenessStates::Live(size_t i) const {
+  const CfgNodeId node = sorted_[i];
+  const Set live = cfg_->In(node) | cfg_->Out(node);
+  return unwritten_.empty() ? live : live - unwritten_[node];
 }
 
 RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocations,
@@ -143,7 +156,7 @@ RegisterStates LivenessAnalysis::Analyze(const std::vector<Invocation>& invocati
 RegisterUsage LivenessAnalysis::GetRegisterUsage(const LivenessStates& states) {
   RegisterUsage usage;
   for (size_t i = 0; i < states.Size(); ++i) {
-    const Set live = states.Get(i).second.Live();
+    const Set live = states.Live(i);
     usage.maxLiveCount = std::max(usage.maxLiveCount, CountMembers(live));
     if (!live.IsEmpty()) usage.maxRegisterIndex = std::max(usage.maxRegisterIndex, live.Last());
   }

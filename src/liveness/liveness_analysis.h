@@ -60,6 +60,8 @@ class LivenessStates {
   size_t Size() const { return sorted_.size(); }
   // The state of the i-th node in program order, as Analyze gives it.
   std::pair<const Invocation*, RegisterState> Get(size_t i) const;
+  // Get(i).second.Live() alone.
+  RegisterState::Set Live(size_t i) const;
 
  private:
   using Set = RegisterState::Set;

@@ -102,6 +102,15 @@ TEST(LivenessAnalysisTest, RecordsInProgramOrder) {
     const RegisterUsage usage = LivenessAnalysis::GetRegisterUsage(states);
     EXPECT_EQ(usage.maxRegisterIndex, c.maxRegisterIndex);
     EXPECT_EQ(usage.maxLiveCount, c.maxLiveCount);
+    // The states formed on demand agree with the gathered ones.
+    const LivenessStates onDemand(program, VGPR, options);
+    ASSERT_EQ(onDemand.Size(), states.size());
+    for (size_t i = 0; i < states.size(); ++i) {
+      EXPECT_EQ(onDemand.Live(i), states[i].second.Live()) << i;
+    }
+    const RegisterUsage onDemandUsage = LivenessAnalysis::GetRegisterUsage(onDemand);
+    EXPECT_EQ(onDemandUsage.maxRegisterIndex, c.maxRegisterIndex);
+    EXPECT_EQ(onDemandUsage.maxLiveCount, c.maxLiveCount);
     if (c.lines.empty()) continue;
     for (size_t i = 0; i < states.size(); ++i) {
       // Only the graph's entry and exit nodes stand for no instruction.
