@@ -207,6 +207,9 @@ def both(program, isa, args, listing):
     """Text and parsed JSON output when both runs succeed; None when both fail alike."""
     text = run(program, isa, args, listing, "text")
     data = run(program, isa, args, listing, "json")
+    for status, _, error in (text, data):
+        expect(status in (0, 1, 255), f"status {status}: {error[-300:]!r}")
+        expect("Sanitizer" not in error and "runtime error:" not in error, error[-300:])
     expect(text[0] == data[0], f"status {text[0]} vs {data[0]}")
     expect(text[2] == data[2], f"error text {text[2]!r} vs {data[2]!r}")
     if text[0] != 0:
