@@ -2,7 +2,6 @@
 // rows are generated from data/isa/*.tsv.
 #include "isa/instruction_set.h"
 
-#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -27,12 +26,51 @@ constexpr Instruction kGfx10Table[] = {
 
 }  // namespace
 
+namespace {
+
+// FNV-1a over the bytes of the name.
+uint32_t HashName(std::string_view name) {
+  uint32_t hash = 2166136261u;
+  for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+  return hash;
+}
+
+}  // namespace
+
+InstructionSet::InstructionSet(const Instruction* first, size_t count)
+    : first_(first), count_(count) {
+  // At most half the slots are used, so probe sequences stay short. Where a
+  // name occurs twice the first row wins, as the sorted search would find it.
+  size_t size = 16;
+  while (size < 2 * count) size *= 2;
+  slots_.assign(size, Slot{0, 0});
+  for (size_t row = 0; row < count; ++row) {
+    if (!first[row].name) continue;
+    const std::string_view name(first[row].name);
+    const uint32_t hash = HashName(name);
+    for (size_t i = hash & (size - 1);; i = (i + 1) & (size - 1)) {
+      Slot& slot = slots_[i];
+      if (slot.row == 0) {
+        slot = Slot{hash, static_cast<uint32_t>(row + 1)};
+        break;
+      }
+      if (slot.hash == hash && name == first[slot.row - 1].name) break;
+    }
+  }
+}
+
+const Instruction* InstructionSet::Find(std::string_view name) const {
+  const uint32_t hash = HashName(name);
+  const size_t mask = slots_.size() - 1;
+  for (size_t i = hash & mask;; i = (i + 1) & mask) {
+    const Slot& slot = slots_[i];
+    if (slot.row == 0) return nullptr;
+    if (slot.hash == hash && name == first_[slot.row - 1].name) return first_ + slot.row - 1;
+  }
+}
+
 const Instruction* InstructionSet::Find(const char* name) const {
-  const Instruction* it = std::lower_bound(
-      begin(), end(), name,
-      [](const Instruction& row, const char* key) { return std::strcmp(row.name, key) < 0; });
-  if (it != end() && std::strcmp(it->name, name) == 0) return it;
-  return nullptr;
+  return Find(std::string_view(name));
 }
 
 bool InstructionSet::Contains(const char* name) const {

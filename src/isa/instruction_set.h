@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "isa/instruction.h"
 
@@ -13,7 +15,7 @@ namespace vesk {
 
 class InstructionSet {
  public:
-  InstructionSet(const Instruction* first, size_t count) : first_(first), count_(count) {}
+  InstructionSet(const Instruction* first, size_t count);
   virtual ~InstructionSet() = default;
   // Generation in the upper 16 bits (major << 16); 0xFFFF0000 for none.
   virtual uint32_t GetVersion() const { return 0xFFFF0000u; }
@@ -27,10 +29,20 @@ class InstructionSet {
   const Instruction& Get(const char* name) const;
   // The record of that name, or null.
   const Instruction* Find(const char* name) const;
+  const Instruction* Find(std::string_view name) const;
 
  private:
+  // An open-addressed hash table over the names, built once per set: every
+  // instruction line of a listing looks its opcode up here. A slot holds the
+  // name's hash and its row number plus one (0: empty).
+  struct Slot {
+    uint32_t hash;
+    uint32_t row;
+  };
+
   const Instruction* first_;
   size_t count_;
+  std::vector<Slot> slots_;
 };
 
 class GFX7InstructionSet : public InstructionSet {

@@ -73,8 +73,8 @@ bool ShaderAnalyzerIsaReader::CanParse(std::stringstream& input) {
   // Only the places where the word occurs are looked at.
   const std::string_view text = input.view();
   bool found = false;
-  for (size_t at = text.find("shader"); at != std::string_view::npos && !found;
-       at = text.find("shader", at + 1)) {
+  for (size_t at = FindText(text, "shader"); at != std::string_view::npos && !found;
+       at = FindText(text, "shader", at + 1)) {
     size_t start = at;
     while (start > 0 && text[start - 1] != '\n' && IsCSpace(text[start - 1])) --start;
     found = start == 0 || text[start - 1] == '\n';
@@ -183,7 +183,7 @@ std::unique_ptr<IsaReader> AutoIsaReader::Detect(std::stringstream& input) {
   const std::string_view text = input.view();
   if (text.starts_with("AMD Kernel Code for")) return std::make_unique<HSAILIsaReader>();
   if (text.starts_with(";--------") ||
-      text.find("; -------- Disassembly --------------------") != std::string::npos) {
+      FindText(text, "; -------- Disassembly --------------------") != std::string::npos) {
     return std::make_unique<ShaderDumpIsaReader>();
   }
   if (ShaderAnalyzerIsaReader::CanParse(input)) return std::make_unique<ShaderAnalyzerIsaReader>();

@@ -46,12 +46,12 @@ bool IsLlvmListing(std::string_view text) {
     return position == 0 || text[position - 1] == '\n';
   };
   for (const char* directive : {".amdgcn_target", ".amdhsa_kernel"}) {
-    for (size_t found = text.find(directive); found != std::string_view::npos;
-         found = text.find(directive, found + 1)) {
+    for (size_t found = FindText(text, directive); found != std::string_view::npos;
+         found = FindText(text, directive, found + 1)) {
       if (startsLine(found)) return true;
     }
   }
-  return text.find("file format elf64-amdgpu") != std::string_view::npos;
+  return FindText(text, "file format elf64-amdgpu") != std::string_view::npos;
 }
 
 bool IsLlvmObjdumpText(std::string_view text) {

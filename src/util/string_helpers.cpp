@@ -47,6 +47,14 @@ std::string Trim(const std::string& text) {
   return text.substr(first, last - first);
 }
 
+size_t FindText(std::string_view text, std::string_view needle, size_t from) {
+  if (from > text.size()) return std::string_view::npos;
+  if (needle.empty()) return from;
+  const void* found = memmem(text.data() + from, text.size() - from, needle.data(), needle.size());
+  if (!found) return std::string_view::npos;
+  return static_cast<size_t>(static_cast<const char*>(found) - text.data());
+}
+
 std::string ToLower(const std::string& text) {
   std::string result = text;
   for (char& c : result) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

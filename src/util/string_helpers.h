@@ -31,6 +31,11 @@ inline std::string_view TrimBlanks(std::string_view text) {
   return text;
 }
 std::string ToLower(const std::string& text);
+// The position of the first `needle` in `text` at or after `from`, or npos;
+// the same result as text.find(needle, from), by a search that skips ahead
+// rather than stopping at every occurrence of the needle's first character
+// (the readers search whole listings for markers such as "shader").
+size_t FindText(std::string_view text, std::string_view needle, size_t from = 0);
 bool StartsWith(const std::string& text, const char* prefix);
 bool ContainsAny(const std::string_view& text, std::initializer_list<const char*> needles);
 bool StartsWithAny(const std::string_view& text, std::initializer_list<const char*> prefixes);
