@@ -370,9 +370,10 @@ bool VeskApp::Execute() {
   }
   if (json && result) {
     // Programs of one listing may state different wave sizes.
-    if (summary)
+    if (summary) {
       document["wave_size"] =
           commonWaveSize ? vesk::JsonDocument(*commonWaveSize) : vesk::JsonDocument(nullptr);
+    }
     vesk::WriteJsonDocument(*outputStream, document);
   }
   reader.reset();
