@@ -29,12 +29,12 @@ int GetSGPRBankPenalty(const InvocationDependencyInfo& info) {
   if (!info.UsesSALU()) return 0;
   std::array<uint16_t, 8> rows{};
   bool onlyConditionBits = true;
-  for (RegisterID reg : info.GetExplicitReadSGPRs()) {
+  info.ForEachExplicitReadSGPR([&](RegisterID reg) {
     if (reg != kScc && reg != kVccz && reg != kExecz) onlyConditionBits = false;
-    if (!IsStandardSGPR(reg)) continue;
+    if (!IsStandardSGPR(reg)) return;
     const int index = GetSGPRIndex(reg);
     rows[(index / 2) % 8] |= static_cast<uint16_t>(1u << (index / 16));
-  }
+  });
   int penalty = 0;
   for (uint16_t row : rows) penalty = std::max(penalty, std::max(std::popcount(row) - 1, 0));
   if (onlyConditionBits) penalty = std::max(penalty - 2, 0);
@@ -46,7 +46,7 @@ int GetSGPRBankPenalty(const InvocationDependencyInfo& info) {
 int GetVGPRBankPenalty(const InvocationDependencyInfo& info) {
   if (!IsAnyVALU(info)) return 0;
   std::array<int, 4> banks{};
-  for (RegisterID reg : info.GetReadVGPRs()) ++banks[GetVGPRIndex(reg) % 4];
+  info.ForEachReadVGPR([&](RegisterID reg) { ++banks[GetVGPRIndex(reg) % 4]; });
   return std::max(*std::max_element(banks.begin(), banks.end()) - 1, 0);
 }
 
@@ -255,13 +255,13 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   RefreshPending();
   HardwareCounters& c = counters_;
   const bool anyVALU = IsAnyVALU(info);
-  const UnifiedRegisterSet& writtenSGPRs = info.GetWrittenSGPRs();
 
   // 1. Dependency counters.
   if (info.UsesSALU()) {
     if (info.WritesAnySGPR()) {
-      const int n =
-          writtenSGPRs.Count() - writtenSGPRs.Contains(kExec) - writtenSGPRs.Contains(kM0);
+      // The written-register flags of exec and m0 are set exactly when the
+      // written SGPRs hold them.
+      const int n = info.CountWrittenSGPRs() - info.WritesExec() - info.WritesM0();
       if (n >= 1) c.sa_sdst_ += n;
     }
     if (info.WritesExec()) c.sa_exec_ += 1;
@@ -269,11 +269,10 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   }
   if (info.UsesVMEM() && info.ReadsAnyVGPR()) c.vm_vsrc_ += 1;
   if (anyVALU) {
-    const int n = writtenSGPRs.Count() - writtenSGPRs.Contains(kVcc);
+    const int n = info.CountWrittenSGPRs() - info.WritesVCC();
     if (n != 0) c.va_sdst_ += n;
-    const UnifiedRegisterSet& explicitReads = info.GetExplicitReadSGPRs();
-    const int reads = explicitReads.Count();
-    if (explicitReads.Contains(kVcc) ? reads > 1 : reads >= 1) c.va_ssrc_ += 1;
+    const int reads = info.CountExplicitReadSGPRs();
+    if (info.ExplicitlyReads(kVcc) ? reads > 1 : reads >= 1) c.va_ssrc_ += 1;
     if (info.WritesVCC()) c.va_vcc_ += 1;
     if (info.WritesExec()) c.va_exec_ += 1;
     if (info.WritesAnyVGPR()) c.va_vdst_ += 1;
@@ -292,40 +291,34 @@ StallLength HardwareState::IssueInstruction(const InvocationDependencyInfo& info
   entry.info = &info;
   entry.writesLaneMask = info.WriteLaneMask();
   entry.isFirstRegister = true;
-  for (RegisterID reg : writtenSGPRs) {
+  auto addWrite = [&](RegisterID reg) {
     WriteBoard(reg).AddEntry(entry);
     Refresh(kWrite, reg);
     entry.isFirstRegister = false;
-  }
+  };
+  info.ForEachWrittenSGPR(addWrite);
   entry.writesLaneMask = false;
   entry.isFirstRegister = true;
-  for (RegisterID reg : info.GetWrittenVGPRs()) {
-    WriteBoard(reg).AddEntry(entry);
-    Refresh(kWrite, reg);
-    entry.isFirstRegister = false;
-  }
+  info.ForEachWrittenVGPR(addWrite);
 
   // 6., 7. Pending source reads.
   RegisterPipelineUsage read;
   read.usage = usage;
   read.info = &info;
+  auto addRead = [&](RegisterID reg) {
+    ReadBoard(reg).AddEntry(read);
+    Refresh(kRead, reg);
+    read.isFirstRegister = false;
+  };
   if (anyVALU) {
     read.executeLength = StallLength(7);
     read.isFirstRegister = true;
-    for (RegisterID reg : info.GetExplicitReadSGPRs()) {
-      ReadBoard(reg).AddEntry(read);
-      Refresh(kRead, reg);
-      read.isFirstRegister = false;
-    }
+    info.ForEachExplicitReadSGPR(addRead);
   }
   if (info.UsesVMEM() && info.ReadsAnyVGPR()) {
-    read.executeLength = StallLength(info.GetReadVGPRs().Count() + 9);
+    read.executeLength = StallLength(info.CountReadVGPRs() + 9);
     read.isFirstRegister = true;
-    for (RegisterID reg : info.GetReadVGPRs()) {
-      ReadBoard(reg).AddEntry(read);
-      Refresh(kRead, reg);
-      read.isFirstRegister = false;
-    }
+    info.ForEachReadVGPR(addRead);
   }
 
   // 8. Busy units.
@@ -404,10 +397,10 @@ StallLength HardwareState::WaitOnMemoryCounter(const InvocationDependencyInfo& i
     // The oldest operation the counter has to drop below is the one waited
     // for.
     if (cause != nullptr && popped.empty()) cause->culprit = &element.info->GetInvocation();
-    for (RegisterID reg : element.info->GetWriteRegisters()) {
+    element.info->ForEachWriteRegister([&](RegisterID reg) {
       WriteBoard(reg).PopFirstMemOp();
       Refresh(kWrite, reg);
-    }
+    });
     popped.push_back(element);
     waitTime = std::max(waitTime, element.remaining);
     allScalarMemory = allScalarMemory && element.info->UsesSMEM();
@@ -560,6 +553,10 @@ void HardwareState::Unpack(const PackedHardwareState& packed) {
     board.SetRing(0, stored.count);
     Refresh(dir, reg);
   }
+}
+
+void PackedHardwareState::Release() {
+  *this = PackedHardwareState();
 }
 
 bool PackedHardwareState::operator==(const PackedHardwareState& other) const {

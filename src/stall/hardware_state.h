@@ -187,6 +187,9 @@ class PackedHardwareState {
   // kind of the last vector memory access are not compared.
   bool operator==(const PackedHardwareState& other) const;
   bool operator!=(const PackedHardwareState& other) const { return !(*this == other); }
+  // Gives back the memory of the stored entries and queues (the state is
+  // then that of an empty hardware state).
+  void Release();
 
  private:
   friend class HardwareState;

@@ -28,6 +28,7 @@ constexpr int kFallThroughDistance = 2;
 // tables of the simulation hold nothing beyond. An instruction naming such a
 // register is rejected before it is simulated.
 void CheckRegisterSpace(const InvocationDependencyInfo& info) {
+  if (info.GetHighestRegister() < kRegisterIdCount) return;
   constexpr int kFirstOutside = kRegisterIdCount - kFirstSGPR;
   const int outside = std::min(info.GetWriteRegisters().GetSGPRSet().NextFrom(kFirstOutside),
                                info.GetReadRegisters().GetSGPRSet().NextFrom(kFirstOutside));
@@ -97,6 +98,12 @@ bool BasicBlockState::RunFixpointIterationStep(bool isStartBlock, bool isWave64,
   if (exit == output_state_) return false;
   std::swap(output_state_, exit);
   return true;
+}
+
+void BasicBlockState::ReleaseSimulationData() {
+  input_state_.Release();
+  output_state_.Release();
+  std::vector<InvocationDependencyInfo>().swap(infos_);
 }
 
 int RunFixpointIteration(const BasicBlockStateMap& states,
@@ -209,6 +216,9 @@ StallCycleAnalysis::Result StallCycleAnalysis::AnalyzeStallCycles(
   }
   const int passCount = RunFixpointIteration(stateOf, usedLabels, isWave64, states, start);
   if (passes != nullptr) *passes = passCount;
+  // The result needs only the stalls: free the states and the dependency
+  // records before it is built.
+  for (BasicBlockState& state : states) state.ReleaseSimulationData();
   return FormatOutput(blocks, stateOf, workspace.get(), causes);
 }
 
@@ -252,7 +262,12 @@ StallCycleAnalysis::Result StallCycleAnalysis::FormatOutput(const BasicBlockList
         stack.push_back(predecessor);
   }
 
+  size_t rows = 0;
+  for (const auto& block : blocks)
+    if (leadsToExit.count(block.get()) != 0) rows += block->GetInvocations().size();
   Result result;
+  result.reserve(rows);
+  if (withCauses) causes->reserve(rows);
   for (const auto& block : blocks) {
     if (leadsToExit.count(block.get()) == 0) continue;
     const BasicBlockState* state = states.at(block.get());

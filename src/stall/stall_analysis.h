@@ -59,6 +59,9 @@ class BasicBlockState {
   // Simulates the block from its entry state; true when its exit state
   // changed.
   bool RunFixpointIterationStep(bool isStartBlock, bool isWave64, bool isBranchTarget);
+  // Frees what only the simulation needs (entry and exit states, dependency
+  // records) once the block will not be simulated again; the stalls stay.
+  void ReleaseSimulationData();
 
  private:
   const BasicBlock* block;

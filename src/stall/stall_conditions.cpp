@@ -506,9 +506,9 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info,
   // SGPR sources written by the SALU must be visible; lane masks are
   // forwarded.
   if (info.UsesSALU() || IsAnyVALU(info)) {
-    for (RegisterID reg : info.GetReadSGPRs()) {
+    info.ForEachReadSGPR([&](RegisterID reg) {
       const RegisterPipelineUsage& writer = WriteBoard(reg).GetMax();
-      if (!writer.usage.UseSALU()) continue;
+      if (!writer.usage.UseSALU()) return;
       const StallLength remaining = writer.visibilityLength;
       if (!remaining.IsZero() && !writer.writesLaneMask) {
         result.length += remaining;
@@ -516,7 +516,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info,
         UpdateCounters(remaining);
         result.reason = kSGPRSourceStall;
       }
-    }
+    });
   }
 
   if (!IsAnyVALU(info)) return result;
@@ -524,17 +524,17 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info,
   // VGPR sources must be visible. The transcendental unit forwards its own
   // results three cycles early.
   const bool transOnly = info.UsesTransVALU() && !info.UsesVALU();
-  for (RegisterID reg : info.GetReadVGPRs()) {
+  info.ForEachReadVGPR([&](RegisterID reg) {
     const RegisterPipelineUsage& writer = WriteBoard(reg).GetMax();
     StallLength remaining = writer.visibilityLength;
     if (transOnly && writer.usage.UseTransVALU()) remaining -= 3;
-    if (remaining.IsZero()) continue;
+    if (remaining.IsZero()) return;
     if (remaining.IsIndefinite()) AbortUnresolvedStall(writer);
     result.length += remaining;
     if (recordCause) *cause = CauseOf(kVGPRSourceStall, writer.info, reg);
     if (remaining > 0) UpdateCounters(remaining);
     result.reason = kVGPRSourceStall;
-  }
+  });
   return result;
 }
 

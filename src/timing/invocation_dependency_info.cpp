@@ -14,7 +14,6 @@
 namespace vesk {
 namespace {
 
-
 // Inserts the single register `id` (not a range) into a 256-member set whose
 // numbering starts at `base`.
 void InsertRegisterRange(SmallIntSet<256>& set, RegisterID id, RegisterID base) {
@@ -28,22 +27,16 @@ UnifiedRegisterSet AddImplicitReads(const OpcodeNameTraits& name, bool usesBranc
   UnifiedRegisterSet implicit;
   SmallIntSet<256>& sgprs = implicit.GetSGPRSet();
   // Every vector instruction is predicated by the exec mask.
-  if (name.readsExecAsVector)
-    InsertRegisterRange(sgprs, kExec, kFirstSGPR);
+  if (name.readsExecAsVector) InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   // v_div_fmas and the carry-in forms consume vcc.
-  if (name.readsVccCarry)
-    InsertRegisterRange(sgprs, kVcc, kFirstSGPR);
+  if (name.readsVccCarry) InsertRegisterRange(sgprs, kVcc, kFirstSGPR);
   // Conditional branches test the condition bits named in the opcode.
   if (usesBranch) {
-    if (name.namesScc)
-      InsertRegisterRange(sgprs, kScc, kFirstSGPR);
-    if (name.namesVcc)
-      InsertRegisterRange(sgprs, kVccz, kFirstSGPR);
-    if (name.namesExec)
-      InsertRegisterRange(sgprs, kExecz, kFirstSGPR);
+    if (name.namesScc) InsertRegisterRange(sgprs, kScc, kFirstSGPR);
+    if (name.namesVcc) InsertRegisterRange(sgprs, kVccz, kFirstSGPR);
+    if (name.namesExec) InsertRegisterRange(sgprs, kExecz, kFirstSGPR);
   }
-  if (name.isSaveExec)
-    InsertRegisterRange(sgprs, kExec, kFirstSGPR);
+  if (name.isSaveExec) InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   registers.GetSGPRSet() |= sgprs;
   return implicit;
 }
@@ -58,13 +51,11 @@ UnifiedRegisterSet AddImplicitWrites(const OpcodeNameTraits& name, UnifiedRegist
     InsertRegisterRange(sgprs, kVcc, kFirstSGPR);
   }
   // v_cmpx writes its result to exec.
-  if (name.isCmpx)
-    InsertRegisterRange(sgprs, kExec, kFirstSGPR);
+  if (name.isCmpx) InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   // Scalar ALU operations that set scc.
   if (name.writesScc) {
     InsertRegisterRange(sgprs, kScc, kFirstSGPR);
-    if (name.namesWrExec)
-      InsertRegisterRange(sgprs, kExec, kFirstSGPR);
+    if (name.namesWrExec) InsertRegisterRange(sgprs, kExec, kFirstSGPR);
   }
   registers.GetSGPRSet() |= sgprs;
   return implicit;
@@ -75,8 +66,7 @@ UnifiedRegisterSet AddImplicitWrites(const OpcodeNameTraits& name, UnifiedRegist
 bool HasStandardSGPR(const UnifiedRegisterSet& set) {
   int count = 0;
   for (RegisterID id : set) {
-    if (IsSpecialSGPR(id))
-      break;
+    if (IsSpecialSGPR(id)) break;
     ++count;
   }
   return count != 0;
@@ -99,18 +89,12 @@ const char* InvocationDependencyInfo::GetName() const {
 }
 
 void InvocationDependencyInfo::InitializeConditionalFlags(const OpcodeNameTraits& name) {
-  if (name.isSALU)
-    SetFlag(InfoFlag::UsesSALU);
-  if (name.isSMEM)
-    SetFlag(InfoFlag::UsesSMEM);
-  if (name.isVALU)
-    SetFlag(InfoFlag::UsesVALU);
-  if (name.isTransVALU)
-    SetFlag(InfoFlag::UsesTransVALU);
-  if (name.isVMEMTex)
-    SetFlag(InfoFlag::UsesVMEMTex);
-  if (name.isFlat)
-    SetFlag(InfoFlag::UsesFlat);
+  if (name.isSALU) SetFlag(InfoFlag::UsesSALU);
+  if (name.isSMEM) SetFlag(InfoFlag::UsesSMEM);
+  if (name.isVALU) SetFlag(InfoFlag::UsesVALU);
+  if (name.isTransVALU) SetFlag(InfoFlag::UsesTransVALU);
+  if (name.isVMEMTex) SetFlag(InfoFlag::UsesVMEMTex);
+  if (name.isFlat) SetFlag(InfoFlag::UsesFlat);
 
   // An "lds"/"gds" operand routes a memory instruction to the LDS or the GDS.
   const std::vector<std::string>& args = invocation_->GetArgs();
@@ -125,17 +109,12 @@ void InvocationDependencyInfo::InitializeConditionalFlags(const OpcodeNameTraits
 
   // Interpolation and LDS-direct also use the LDS, but their flags are only
   // known after UpdateGenericFlags, so they do not count here.
-  if (UsesFlat() || hasLdsArg || (isDS && !hasGdsArg))
-    SetFlag(InfoFlag::UsesVMEMLDS);
-  if (name.isBranch)
-    SetFlag(InfoFlag::UsesBranch);
-  if (name.isMsg)
-    SetFlag(InfoFlag::UsesMsg);
-  if (name.isExport)
-    SetFlag(InfoFlag::UsesExport);
+  if (UsesFlat() || hasLdsArg || (isDS && !hasGdsArg)) SetFlag(InfoFlag::UsesVMEMLDS);
+  if (name.isBranch) SetFlag(InfoFlag::UsesBranch);
+  if (name.isMsg) SetFlag(InfoFlag::UsesMsg);
+  if (name.isExport) SetFlag(InfoFlag::UsesExport);
   // Global memory instructions are tracked together with GDS accesses.
-  if ((isDS && hasGdsArg) || name.startsGlobal)
-    SetFlag(InfoFlag::UsesGDS);
+  if ((isDS && hasGdsArg) || name.startsGlobal) SetFlag(InfoFlag::UsesGDS);
 }
 
 void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name) {
@@ -152,98 +131,102 @@ void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name)
   assert(SpecialSet(implicitReadMask_) == implicitReads);
   assert(SpecialSet(implicitWriteMask_) == implicitWrites);
 
-  readRegisters_ = reads;
-  writeRegisters_ = writes;
+  StoreRuns(writes, reads);
+}
+
+void InvocationDependencyInfo::StoreRuns(const UnifiedRegisterSet& writes,
+                                         const UnifiedRegisterSet& reads) {
+  std::vector<RegisterRun> runs;
+  auto addRuns = [&runs](const UnifiedRegisterSet& set) {
+    size_t count = 0;
+    for (RegisterID reg : set) {
+      if (count != 0 && runs.back().last + 1 == reg) {
+        runs.back().last = static_cast<uint16_t>(reg);
+      } else {
+        runs.push_back({static_cast<uint16_t>(reg), static_cast<uint16_t>(reg)});
+        ++count;
+      }
+    }
+    return count;
+  };
+  writeRunCount_ = static_cast<uint8_t>(addRuns(writes));
+  const size_t readRuns = addRuns(reads);
+  if (runs.size() <= kInlineRuns) {
+    readRunCount_ = static_cast<uint8_t>(readRuns);
+    std::copy(runs.begin(), runs.end(), runs_.begin());
+  } else {
+    // The read count is implied by the heap vector's size.
+    readRunCount_ = 0;
+    spilledRuns_ = std::make_shared<const std::vector<RegisterRun>>(std::move(runs));
+  }
+}
+
+UnifiedRegisterSet InvocationDependencyInfo::FormSet(RunSpan runs) {
+  UnifiedRegisterSet set;
+  for (const RegisterRun& run : runs)
+    for (int reg = run.first; reg <= run.last; ++reg) set.Insert(reg);
+  return set;
 }
 
 void InvocationDependencyInfo::InitializeRegisterFlags() {
+  const UnifiedRegisterSet readRegisters = GetReadRegisters();
   const UnifiedRegisterSet writtenSGPRs = GetWrittenSGPRs();
   const UnifiedRegisterSet readSGPRs = GetReadSGPRs();
-  if (implicitWriteMask_ >> (kScc - kExec) & 1u)
-    SetFlag(InfoFlag::WritesAnySGPR);
-  if (!GetWrittenVGPRs().IsEmpty())
-    SetFlag(InfoFlag::WritesAnyVGPR);
+  if (implicitWriteMask_ >> (kScc - kExec) & 1u) SetFlag(InfoFlag::WritesAnySGPR);
+  if (!GetWrittenVGPRs().IsEmpty()) SetFlag(InfoFlag::WritesAnyVGPR);
 
   const bool writesStandardSGPR = HasStandardSGPR(writtenSGPRs);
   if (!writtenSGPRs.IsEmpty()) {
     SetFlag(InfoFlag::WritesAnySGPR);
-    if (writesStandardSGPR)
-      SetFlag(InfoFlag::WritesAnyStandardSGPR);
-    if (writtenSGPRs.Contains(kScc))
-      SetFlag(InfoFlag::WritesSCC);
-    if (writtenSGPRs.Contains(kVcc))
-      SetFlag(InfoFlag::WritesVCC);
-    if (writtenSGPRs.Contains(kExec))
-      SetFlag(InfoFlag::WritesExec);
-    if (writtenSGPRs.Contains(kM0))
-      SetFlag(InfoFlag::WritesM0);
+    if (writesStandardSGPR) SetFlag(InfoFlag::WritesAnyStandardSGPR);
+    if (writtenSGPRs.Contains(kScc)) SetFlag(InfoFlag::WritesSCC);
+    if (writtenSGPRs.Contains(kVcc)) SetFlag(InfoFlag::WritesVCC);
+    if (writtenSGPRs.Contains(kExec)) SetFlag(InfoFlag::WritesExec);
+    if (writtenSGPRs.Contains(kM0)) SetFlag(InfoFlag::WritesM0);
   }
 
-  if (!GetReadVGPRs().IsEmpty())
-    SetFlag(InfoFlag::ReadsAnyVGPR);
+  if (!GetReadVGPRs().IsEmpty()) SetFlag(InfoFlag::ReadsAnyVGPR);
 
   if (!readSGPRs.IsEmpty()) {
     SetFlag(InfoFlag::ReadsAnySGPR);
     // Deliberately decided by the written SGPRs: the stall model keys the
     // "reads a standard SGPR" hazards on this.
-    if (writesStandardSGPR)
-      SetFlag(InfoFlag::ReadsAnyStandardSGPR);
-    if (readRegisters_.Contains(kVcc))
-      SetFlag(InfoFlag::ReadsAnySGPR);
-    if (readRegisters_.Contains(kScc))
-      SetFlag(InfoFlag::ReadsSCC);
-    if (readRegisters_.Contains(kSccz))
-      SetFlag(InfoFlag::ReadsSCCZ);
-    if (readRegisters_.Contains(kVcc))
-      SetFlag(InfoFlag::ReadsVCC);
-    if (readRegisters_.Contains(kVccz))
-      SetFlag(InfoFlag::ReadsVCCZ);
-    if (readRegisters_.Contains(kExec))
-      SetFlag(InfoFlag::ReadsExec);
-    if (readRegisters_.Contains(kExecz))
-      SetFlag(InfoFlag::ReadsExecZ);
-    if (readRegisters_.Contains(kM0))
-      SetFlag(InfoFlag::ReadsM0);
+    if (writesStandardSGPR) SetFlag(InfoFlag::ReadsAnyStandardSGPR);
+    if (readRegisters.Contains(kVcc)) SetFlag(InfoFlag::ReadsAnySGPR);
+    if (readRegisters.Contains(kScc)) SetFlag(InfoFlag::ReadsSCC);
+    if (readRegisters.Contains(kSccz)) SetFlag(InfoFlag::ReadsSCCZ);
+    if (readRegisters.Contains(kVcc)) SetFlag(InfoFlag::ReadsVCC);
+    if (readRegisters.Contains(kVccz)) SetFlag(InfoFlag::ReadsVCCZ);
+    if (readRegisters.Contains(kExec)) SetFlag(InfoFlag::ReadsExec);
+    if (readRegisters.Contains(kExecz)) SetFlag(InfoFlag::ReadsExecZ);
+    if (readRegisters.Contains(kM0)) SetFlag(InfoFlag::ReadsM0);
   }
 }
 
 void InvocationDependencyInfo::UpdateGenericFlags(const OpcodeNameTraits& name) {
   const std::vector<std::string>& args = invocation_->GetArgs();
 
-  if (name.isMoveRel)
-    SetFlag(InfoFlag::IsMoveRel);
-  if (name.isSwapRel)
-    SetFlag(InfoFlag::IsSwapRel);
-  if (name.isSubvector)
-    SetFlag(InfoFlag::IsSubvectorBeginEnd);
-  if (name.isInterp)
-    SetFlag(InfoFlag::IsVInterp);
+  if (name.isMoveRel) SetFlag(InfoFlag::IsMoveRel);
+  if (name.isSwapRel) SetFlag(InfoFlag::IsSwapRel);
+  if (name.isSubvector) SetFlag(InfoFlag::IsSubvectorBeginEnd);
+  if (name.isInterp) SetFlag(InfoFlag::IsVInterp);
   bool hasLdsDirectArg = false;
-  for (const std::string& arg : args)
-    hasLdsDirectArg |= arg == "lds_direct";
-  if (hasLdsDirectArg || IsVInterp())
-    SetFlag(InfoFlag::IsLDSDirect);
-  if (name.isReadFirstLane)
-    SetFlag(InfoFlag::IsReadFirstLane);
-  if (name.isDivFmas)
-    SetFlag(InfoFlag::IsDiv_FMas);
+  for (const std::string& arg : args) hasLdsDirectArg |= arg == "lds_direct";
+  if (hasLdsDirectArg || IsVInterp()) SetFlag(InfoFlag::IsLDSDirect);
+  if (name.isReadFirstLane) SetFlag(InfoFlag::IsReadFirstLane);
+  if (name.isDivFmas) SetFlag(InfoFlag::IsDiv_FMas);
   if (IsDiv_FMas() || name.writesLaneMaskByName) {
     SetFlag(InfoFlag::WriteLaneMask);
   }
-  if (name.readsLaneMask)
-    SetFlag(InfoFlag::ReadsLaneMask);
-  if (name.isAddTid)
-    SetFlag(InfoFlag::IsAddTid);
-  if (name.isSwapB32)
-    SetFlag(InfoFlag::IsSpecial);
+  if (name.readsLaneMask) SetFlag(InfoFlag::ReadsLaneMask);
+  if (name.isAddTid) SetFlag(InfoFlag::IsAddTid);
+  if (name.isSwapB32) SetFlag(InfoFlag::IsSpecial);
   if (name.isWaitCnt) {
     SetFlag(InfoFlag::IsWaitCnt);
     ResolveWaitType(name);
   }
-  if (name.isStore)
-    SetFlag(InfoFlag::IsStore);
-  if (name.isLoad)
-    SetFlag(InfoFlag::IsLoad);
+  if (name.isStore) SetFlag(InfoFlag::IsStore);
+  if (name.isLoad) SetFlag(InfoFlag::IsLoad);
   if (name.isPCReadEtc) {
     SetFlag(InfoFlag::IsPCReadEtc);
   }
@@ -252,8 +235,7 @@ void InvocationDependencyInfo::UpdateGenericFlags(const OpcodeNameTraits& name) 
 
 void InvocationDependencyInfo::ResolveWaitType(const OpcodeNameTraits& name) {
   waitType_ = WaitType::None;
-  if (name.isExactDepCtr)
-    return;
+  if (name.isExactDepCtr) return;
   if (name.isPerCounterWait) {
     waitType_ = static_cast<WaitType>(name.perCounterWaitType);
     return;
@@ -261,8 +243,7 @@ void InvocationDependencyInfo::ResolveWaitType(const OpcodeNameTraits& name) {
   // Plain s_waitcnt: the first counter named in the operands decides. The
   // export counter is deliberately mapped to the store counter in this form.
   const std::vector<std::string>& args = invocation_->GetArgs();
-  if (args.empty())
-    return;
+  if (args.empty()) return;
   const std::string& first = args[0];
   if (StartsWith(first, "vmcnt")) {
     waitType_ = WaitType::VmCnt;
@@ -277,22 +258,14 @@ void InvocationDependencyInfo::ResolveWaitType(const OpcodeNameTraits& name) {
 
 HardwareUsage InvocationDependencyInfo::GetHardwareUsage() const {
   HardwareUsage usage;
-  if (UsesSALU())
-    usage |= InstructionUnit::SALU;
-  if (UsesVALU() || IsLDSDirect())
-    usage |= InstructionUnit::VALU;
-  if (UsesTransVALU())
-    usage |= InstructionUnit::TransVALU;
-  if (UsesSMEM())
-    usage |= InstructionUnit::SMEM;
-  if (UsesVMEM())
-    usage |= InstructionUnit::VMEM;
-  if (UsesVMEMLDS() || IsLDSDirect())
-    usage |= InstructionUnit::LDS;
-  if (UsesGDS())
-    usage |= InstructionUnit::GDS;
-  if (UsesBranch())
-    usage |= InstructionUnit::Branch;
+  if (UsesSALU()) usage |= InstructionUnit::SALU;
+  if (UsesVALU() || IsLDSDirect()) usage |= InstructionUnit::VALU;
+  if (UsesTransVALU()) usage |= InstructionUnit::TransVALU;
+  if (UsesSMEM()) usage |= InstructionUnit::SMEM;
+  if (UsesVMEM()) usage |= InstructionUnit::VMEM;
+  if (UsesVMEMLDS() || IsLDSDirect()) usage |= InstructionUnit::LDS;
+  if (UsesGDS()) usage |= InstructionUnit::GDS;
+  if (UsesBranch()) usage |= InstructionUnit::Branch;
   return usage;
 }
 

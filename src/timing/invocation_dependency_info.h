@@ -4,8 +4,14 @@
 // instruction waits on, and the issue/execute/visibility latencies.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "isa/invocation.h"
 #include "isa/registers.h"
@@ -134,23 +140,71 @@ class InvocationDependencyInfo {
   uint64_t GetFlags() const { return flags_; }
 
   // Register sets. The SGPR sets hold only the scalar half, the VGPR sets only
-  // the vector half; special registers sit at SGPR index 128..134. Only the
-  // full read and write sets are stored; the others are cut from them (the
-  // implicit registers are always special ones, kept as small masks).
-  const UnifiedRegisterSet& GetWriteRegisters() const { return writeRegisters_; }
-  const UnifiedRegisterSet& GetReadRegisters() const { return readRegisters_; }
+  // the vector half; special registers sit at SGPR index 128..134. The sets
+  // are stored as runs of consecutive register numbers and formed on request;
+  // the simulation walks the runs through the ForEach... calls instead. The
+  // implicit registers are always special ones, kept as small masks.
+  UnifiedRegisterSet GetWriteRegisters() const { return FormSet(WriteRuns()); }
+  UnifiedRegisterSet GetReadRegisters() const { return FormSet(ReadRuns()); }
   UnifiedRegisterSet GetImplicitWriteSGPRs() const { return SpecialSet(implicitWriteMask_); }
   UnifiedRegisterSet GetExplicitWriteSGPRs() const {
-    return ExplicitHalf(writeRegisters_, explicitWriteSpecial_);
+    return ExplicitHalf(GetWriteRegisters(), explicitWriteSpecial_);
   }
   UnifiedRegisterSet GetImplicitReadSGPRs() const { return SpecialSet(implicitReadMask_); }
   UnifiedRegisterSet GetExplicitReadSGPRs() const {
-    return ExplicitHalf(readRegisters_, explicitReadSpecial_);
+    return ExplicitHalf(GetReadRegisters(), explicitReadSpecial_);
   }
-  UnifiedRegisterSet GetWrittenSGPRs() const { return ScalarHalf(writeRegisters_); }
-  UnifiedRegisterSet GetReadSGPRs() const { return ScalarHalf(readRegisters_); }
-  UnifiedRegisterSet GetWrittenVGPRs() const { return VectorHalf(writeRegisters_); }
-  UnifiedRegisterSet GetReadVGPRs() const { return VectorHalf(readRegisters_); }
+  UnifiedRegisterSet GetWrittenSGPRs() const { return ScalarHalf(GetWriteRegisters()); }
+  UnifiedRegisterSet GetReadSGPRs() const { return ScalarHalf(GetReadRegisters()); }
+  UnifiedRegisterSet GetWrittenVGPRs() const { return VectorHalf(GetWriteRegisters()); }
+  UnifiedRegisterSet GetReadVGPRs() const { return VectorHalf(GetReadRegisters()); }
+
+  // The members of the sets above in ascending register order, without
+  // forming them; `f` is called with each RegisterID.
+  template <class F>
+  void ForEachWriteRegister(F&& f) const {
+    ForEachIn(WriteRuns(), 0, kSetEnd, f);
+  }
+  template <class F>
+  void ForEachWrittenSGPR(F&& f) const {
+    ForEachIn(WriteRuns(), kFirstSGPR, kSetEnd, f);
+  }
+  template <class F>
+  void ForEachWrittenVGPR(F&& f) const {
+    ForEachIn(WriteRuns(), 0, kFirstSGPR, f);
+  }
+  template <class F>
+  void ForEachReadSGPR(F&& f) const {
+    ForEachIn(ReadRuns(), kFirstSGPR, kSetEnd, f);
+  }
+  template <class F>
+  void ForEachReadVGPR(F&& f) const {
+    ForEachIn(ReadRuns(), 0, kFirstSGPR, f);
+  }
+  template <class F>
+  void ForEachExplicitReadSGPR(F&& f) const {
+    ForEachIn(ReadRuns(), kFirstSGPR, kExec, f);
+    for (int i = 0; i < kSpecialCount; ++i)
+      if (explicitReadSpecial_ >> i & 1u) f(static_cast<RegisterID>(kExec + i));
+    ForEachIn(ReadRuns(), kExec + kSpecialCount, kSetEnd, f);
+  }
+  int CountWrittenSGPRs() const { return CountIn(WriteRuns(), kFirstSGPR, kSetEnd); }
+  int CountReadVGPRs() const { return CountIn(ReadRuns(), 0, kFirstSGPR); }
+  int CountExplicitReadSGPRs() const {
+    return CountIn(ReadRuns(), kFirstSGPR, kExec) + std::popcount(explicitReadSpecial_) +
+           CountIn(ReadRuns(), kExec + kSpecialCount, kSetEnd);
+  }
+  // The greatest register number in either set; -1 when both are empty.
+  int GetHighestRegister() const {
+    const RunSpan w = WriteRuns();
+    const RunSpan r = ReadRuns();
+    return std::max(w.empty() ? -1 : int{w.back().last}, r.empty() ? -1 : int{r.back().last});
+  }
+  // Whether the special register `special` (exec ... execz) is an explicit
+  // operand read.
+  bool ExplicitlyReads(RegisterID special) const {
+    return explicitReadSpecial_ >> (special - kExec) & 1u;
+  }
 
   const Invocation& GetInvocation() const { return *invocation_; }
   HardwareUsage GetHardwareUsage() const;
@@ -219,9 +273,44 @@ class InvocationDependencyInfo {
     return result;
   }
 
-  // Every register written and read, explicit and implicit.
-  UnifiedRegisterSet writeRegisters_;
-  UnifiedRegisterSet readRegisters_;
+  // Runs of consecutive register numbers, both ends included, ascending and
+  // apart by at least one number: the write set's runs, then the read set's.
+  // A record with more runs than fit inline keeps them all on the heap.
+  struct RegisterRun {
+    uint16_t first;
+    uint16_t last;
+  };
+  using RunSpan = std::span<const RegisterRun>;
+  static constexpr int kInlineRuns = 6;
+  static constexpr int kSetEnd = kFirstSGPR + UnifiedRegisterSet::Half::kWords * 64;
+
+  RunSpan AllRuns() const {
+    if (spilledRuns_) return RunSpan(*spilledRuns_);
+    return RunSpan(runs_.data(), writeRunCount_ + readRunCount_);
+  }
+  RunSpan WriteRuns() const { return AllRuns().first(writeRunCount_); }
+  RunSpan ReadRuns() const { return AllRuns().subspan(writeRunCount_); }
+  void StoreRuns(const UnifiedRegisterSet& writes, const UnifiedRegisterSet& reads);
+  static UnifiedRegisterSet FormSet(RunSpan runs);
+  template <class F>
+  static void ForEachIn(RunSpan runs, int lo, int hi, F& f) {
+    for (const RegisterRun& run : runs) {
+      const int last = std::min<int>(run.last, hi - 1);
+      for (int reg = std::max<int>(run.first, lo); reg <= last; ++reg)
+        f(static_cast<RegisterID>(reg));
+    }
+  }
+  static int CountIn(RunSpan runs, int lo, int hi) {
+    int count = 0;
+    for (const RegisterRun& run : runs)
+      count += std::max(std::min<int>(run.last, hi - 1) - std::max<int>(run.first, lo) + 1, 0);
+    return count;
+  }
+
+  std::shared_ptr<const std::vector<RegisterRun>> spilledRuns_;
+  std::array<RegisterRun, kInlineRuns> runs_{};
+  uint8_t writeRunCount_ = 0;
+  uint8_t readRunCount_ = 0;
   uint8_t implicitWriteMask_ = 0;
   uint8_t implicitReadMask_ = 0;
   uint8_t explicitWriteSpecial_ = 0;

@@ -1,6 +1,8 @@
 // Dependency records built from GFX10 invocations: explicit and implicit
 // register reads and writes, the register flags derived from them, unit
 // flags from operand markers, opcode properties and wait types.
+#include <algorithm>
+
 #include "timing_test_util.h"
 
 namespace vesk::testing {
@@ -231,6 +233,81 @@ TEST_F(DependencyInfoTest, FlagsFromNamesAndRegisters) {
   // written-SGPR rule, a standard SGPR read).
   EXPECT_FALSE(infos_[5]->WritesAnyStandardSGPR() || infos_[5]->ReadsAnyStandardSGPR());
   EXPECT_FALSE(infos_[0]->ReadsVCC());  // the branch reads only the condition bit
+}
+
+// The record keeps its register sets as runs of consecutive numbers (inline,
+// or on the heap when there are many); the sets it gives back and the
+// register walks of the simulation must hold exactly the invocation's
+// registers plus the implicit ones, in ascending order, split at the
+// vector/scalar and standard/special boundaries.
+TEST_F(DependencyInfoTest, RegisterRunsGiveBackTheSets) {
+  const struct {
+    const char* opcode;
+    std::vector<std::string> args;
+  } cases[] = {
+      {"s_nop", {"0"}},
+      {"v_fma_f32", {"v39", "v2", "v70", "v41"}},
+      {"v_cndmask_b32", {"v21", "v61", "v46", "vcc_lo"}},
+      {"v_mad_u64_u32", {"v[0:1]", "s0", "v2", "v3", "v[4:5]"}},
+      {"v_add_co_u32", {"v255", "vcc_lo", "v254", "s0"}},
+      {"s_add_u32", {"s127", "s126", "m0"}},
+      {"s_and_saveexec_b32", {"s0", "vcc_lo"}},
+      {"buffer_store_dword", {"v7", "v54", "s[4:7]", "0", "offen"}},
+      {"s_load_dwordx16", {"s[8:23]", "s[0:1]", "0x0"}},
+      // More runs than fit in the record: kept on the heap.
+      {"image_sample",
+       {"v[0:3]", "v4", "v6", "v8", "v10", "v12", "v14", "v16", "s[0:7]", "s[8:11]"}},
+      {"v_fma_f32", {"v1", "s3", "v5", "v9"}},
+      // Seven runs: v0-v1, s2-s3, vcc written; v4, s6, exec, m0 read.
+      {"v_mad_u64_u32", {"v[0:1]", "s[2:3]", "v4", "s6", "m0"}},
+  };
+  int mostRuns = 0;
+  for (const auto& c : cases) {
+    const InvocationDependencyInfo& info = Info(c.opcode, c.args);
+    const Invocation& invocation = invocations_.back();
+    UnifiedRegisterSet reads = invocation.GetReadRegisters();
+    UnifiedRegisterSet writes = invocation.GetWriteRegisters();
+    for (RegisterID reg : info.GetImplicitReadSGPRs()) reads.Insert(reg);
+    for (RegisterID reg : info.GetImplicitWriteSGPRs()) writes.Insert(reg);
+    EXPECT_EQ(info.GetReadRegisters(), reads) << c.opcode;
+    EXPECT_EQ(info.GetWriteRegisters(), writes) << c.opcode;
+
+    auto walk = [](auto forEach) {
+      std::vector<RegisterID> regs;
+      forEach([&](RegisterID reg) { regs.push_back(reg); });
+      return regs;
+    };
+    auto members = [](const UnifiedRegisterSet& set) {
+      return std::vector<RegisterID>(set.begin(), set.end());
+    };
+    EXPECT_EQ(walk([&](auto f) { info.ForEachWriteRegister(f); }), members(writes)) << c.opcode;
+    EXPECT_EQ(walk([&](auto f) { info.ForEachWrittenSGPR(f); }), members(info.GetWrittenSGPRs()))
+        << c.opcode;
+    EXPECT_EQ(walk([&](auto f) { info.ForEachWrittenVGPR(f); }), members(info.GetWrittenVGPRs()))
+        << c.opcode;
+    EXPECT_EQ(walk([&](auto f) { info.ForEachReadSGPR(f); }), members(info.GetReadSGPRs()))
+        << c.opcode;
+    EXPECT_EQ(walk([&](auto f) { info.ForEachReadVGPR(f); }), members(info.GetReadVGPRs()))
+        << c.opcode;
+    const UnifiedRegisterSet explicitReads = info.GetExplicitReadSGPRs();
+    EXPECT_EQ(walk([&](auto f) { info.ForEachExplicitReadSGPR(f); }), members(explicitReads))
+        << c.opcode;
+    EXPECT_EQ(info.CountWrittenSGPRs(), info.GetWrittenSGPRs().Count()) << c.opcode;
+    EXPECT_EQ(info.CountReadVGPRs(), info.GetReadVGPRs().Count()) << c.opcode;
+    EXPECT_EQ(info.CountExplicitReadSGPRs(), explicitReads.Count()) << c.opcode;
+    EXPECT_EQ(info.ExplicitlyReads(kVcc), explicitReads.Contains(kVcc)) << c.opcode;
+    int highest = -1;
+    for (RegisterID reg : reads) highest = std::max(highest, static_cast<int>(reg));
+    for (RegisterID reg : writes) highest = std::max(highest, static_cast<int>(reg));
+    EXPECT_EQ(info.GetHighestRegister(), highest) << c.opcode;
+    int runs = 0;
+    for (const UnifiedRegisterSet* set : {&reads, &writes}) {
+      int previous = -2;
+      for (RegisterID reg : *set) runs += reg != previous + 1, previous = reg;
+    }
+    mostRuns = std::max(mostRuns, runs);
+  }
+  EXPECT_GT(mostRuns, 6) << "no case keeps its runs on the heap";
 }
 
 }  // namespace
