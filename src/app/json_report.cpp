@@ -1,7 +1,10 @@
 // The common header of the JSON reports and their writer.
 #include "app/json_report.h"
 
+#include <charconv>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "app/version.h"
 
@@ -23,10 +26,51 @@ namespace {
 // Containers whose one-line form fits in this many columns stay on one line.
 constexpr size_t kLineWidth = 100;
 
-// Invalid UTF-8 in listing text (instruction or function names) is replaced
-// rather than ending the run with an exception.
+// A string that needs no escaping: printable ASCII without quote or
+// backslash.
+bool IsPlain(std::string_view text) {
+  for (const char c : text) {
+    if (c < 0x20 || c > 0x7e || c == '"' || c == '\\') return false;
+  }
+  return true;
+}
+
+void AppendString(std::string& out, std::string_view text) {
+  if (IsPlain(text)) {
+    out += '"';
+    out += text;
+    out += '"';
+    return;
+  }
+  // Invalid UTF-8 in listing text (instruction or function names) is
+  // replaced rather than ending the run with an exception.
+  out += JsonDocument(std::string(text))
+             .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+// Integers, strings, booleans and null are written directly (reports hold
+// millions of them); other numbers as the library writes them.
 void AppendScalar(std::string& out, const JsonDocument& value) {
-  out += value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  char digits[24];
+  switch (value.type()) {
+    case nlohmann::json::value_t::number_integer:
+      out.append(digits, std::to_chars(digits, digits + sizeof digits, value.get<int64_t>()).ptr);
+      return;
+    case nlohmann::json::value_t::number_unsigned:
+      out.append(digits, std::to_chars(digits, digits + sizeof digits, value.get<uint64_t>()).ptr);
+      return;
+    case nlohmann::json::value_t::string:
+      AppendString(out, value.get_ref<const std::string&>());
+      return;
+    case nlohmann::json::value_t::boolean:
+      out += value.get<bool>() ? "true" : "false";
+      return;
+    case nlohmann::json::value_t::null:
+      out += "null";
+      return;
+    default:
+      out += value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  }
 }
 
 // `value` on one line, with a blank after each colon and comma.
@@ -40,7 +84,7 @@ void AppendInline(std::string& out, const JsonDocument& value) {
   for (auto it = value.begin(); it != value.end(); ++it) {
     if (it != value.begin()) out += ", ";
     if (object) {
-      AppendScalar(out, JsonDocument(it.key()));
+      AppendString(out, it.key());
       out += ": ";
     }
     AppendInline(out, *it);
@@ -89,7 +133,7 @@ void AppendJson(std::string& out, const JsonDocument& value, size_t indent, bool
     out += it == value.begin() ? "\n" : ",\n";
     out.append(indent + 2, ' ');
     if (object) {
-      AppendScalar(out, JsonDocument(it.key()));
+      AppendString(out, it.key());
       out += ": ";
     }
     AppendJson(out, *it, indent + 2, !object);
