@@ -20,8 +20,10 @@ namespace {
 
 // Values start in this column, after the label.
 constexpr size_t kLabelWidth = 14;
-// Instruction texts in the stall table are cut to this many characters.
+// Instruction texts are cut to this many characters: in the stall table,
+// and after the register peaks.
 constexpr size_t kInstructionWidth = 34;
+constexpr size_t kPeakInstructionWidth = 40;
 
 std::string Plural(long long count, std::string_view word) {
   return fmt::format("{} {}{}", count, word, count == 1 ? "" : "s");
@@ -80,8 +82,9 @@ std::string WaitText(const WaitStatistics& waits) {
     for (const auto& [name, count] : kinds) {
       if (count) counters.push_back(fmt::format("{} {}", name, count));
     }
-    parts.push_back(fmt::format("{} s_waitcnt ({})", waits.total,
-                                Join(", ", counters.begin(), counters.end())));
+    std::string text = fmt::format("{} s_waitcnt", waits.total);
+    if (!counters.empty()) text += " (" + Join(", ", counters.begin(), counters.end()) + ")";
+    parts.push_back(std::move(text));
   }
   if (waits.depctr) parts.push_back(fmt::format("{} s_waitcnt_depctr", waits.depctr));
   return parts.empty() ? "none" : Join("; ", parts.begin(), parts.end());
@@ -94,7 +97,8 @@ std::string RegisterText(const RegisterFileSummary& file) {
   const std::string where = file.peakLine ? fmt::format("line {}", file.peakLine)
                                           : std::string("an instruction of unknown line");
   return fmt::format("{} live at most, first at {} ({}); {} allocated", file.maxLive, where,
-                     Shorten(InstructionText(file.peakInstruction), 40), file.allocated);
+                     Shorten(InstructionText(file.peakInstruction), kPeakInstructionWidth),
+                     file.allocated);
 }
 
 // What the register files alone would allow; SGPRs limit waves before
