@@ -79,6 +79,14 @@ void Invocation::SetExtras(std::vector<std::string>&& modifiers, std::vector<std
 
 namespace {
 
+// The first "(" of an operand text; a plain loop, since operands are a few
+// characters long.
+size_t FindOpening(std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i)
+    if (text[i] == '(') return i;
+  return std::string_view::npos;
+}
+
 // A register number of `operand`; `what` names its place in the operand
 // ("register index", "register range bound") for the error message.
 int ReadRegisterNumber(std::string_view digits, std::string_view operand, const char* what) {
@@ -104,7 +112,7 @@ void ForEachRegister(const std::string_view operand, Visit&& visit) {
   // what is left, so the later rounds only skip to the next "(". Every
   // character is scanned at most twice, however deep the nesting.
   bool closing = true;
-  for (size_t open = s.find('('); open != std::string_view::npos; open = s.find('(')) {
+  for (size_t open = FindOpening(s); open != std::string_view::npos; open = FindOpening(s)) {
     if (closing) {
       const size_t close = s.rfind(')');
       if (close != std::string_view::npos && close > open) {

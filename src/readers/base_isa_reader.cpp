@@ -1,6 +1,7 @@
 // The shared reader machinery: token lines, comment and label recognition,
 // and the conversion of token lines into invocations.
 #include <cctype>
+#include <cstring>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -8,6 +9,7 @@
 
 #include "readers/isa_reader.h"
 #include "util/analysis_error.h"
+#include "util/read_text.h"
 #include "util/string_helpers.h"
 
 namespace vesk {
@@ -29,24 +31,30 @@ std::string_view TrimView(std::string_view text) {
 
 void BaseIsaReader::TokenizeViews(std::string_view line, TokenViews& words) {
   // Equivalent to splitting the trimmed text before "//" at single blanks and
-  // dropping empty words, without copies: every line of a listing goes
-  // through here.
+  // dropping empty words, without copies or library calls per word: every
+  // line of a listing goes through here.
   words.clear();
-  std::string_view text = line;
-  if (const size_t comment = text.find("//"); comment != std::string_view::npos) {
-    text = text.substr(0, comment);
+  const char* const data = line.data();
+  size_t end = line.size();
+  for (const char* slash = static_cast<const char*>(std::memchr(data, '/', end)); slash;) {
+    const size_t at = static_cast<size_t>(slash - data);
+    if (at + 1 < end && slash[1] == '/') {
+      end = at;
+      break;
+    }
+    slash = static_cast<const char*>(std::memchr(slash + 1, '/', end - at - 1));
   }
-  text = TrimView(text);
   size_t position = 0;
-  while (position < text.size()) {
-    if (text[position] == ' ') {
+  while (position < end && IsSpace(data[position])) ++position;
+  while (end > position && IsSpace(data[end - 1])) --end;
+  while (position < end) {
+    if (data[position] == ' ') {
       ++position;
       continue;
     }
-    size_t end = text.find(' ', position);
-    if (end == std::string_view::npos) end = text.size();
-    words.push_back(text.substr(position, end - position));
-    position = end;
+    const size_t start = position;
+    while (position < end && data[position] != ' ') ++position;
+    words.emplace_back(data + start, position - start);
   }
 }
 
@@ -120,30 +128,33 @@ std::string_view StripEncodingSuffix(std::string_view word) {
 // each match, so every later piece starts with the blank, which trimming
 // removes. A piece with a blank holds an operand followed by modifier words
 // (offen, offset:16); only the last such piece keeps its modifiers.
-void SplitOperands(const std::string_view all, std::vector<std::string>& args,
-                   std::vector<std::string>& modifiers) {
+void SplitOperands(const std::string_view all, std::vector<std::string_view>& args,
+                   std::vector<std::string_view>& modifiers) {
+  const char* const data = all.data();
+  const size_t size = all.size();
   size_t position = 0;
   while (true) {
-    const size_t found = all.find(", ", position);
-    const std::string_view piece = TrimView(
-        all.substr(position, found == std::string_view::npos ? all.npos : found - position));
+    size_t found = position;
+    while (found + 1 < size && !(data[found] == ',' && data[found + 1] == ' ')) ++found;
+    const bool last = found + 1 >= size;
+    const std::string_view piece =
+        TrimView(all.substr(position, last ? std::string_view::npos : found - position));
     if (!piece.empty()) {
-      const size_t blank = piece.find(' ');
-      if (blank == std::string_view::npos) {
-        args.emplace_back(piece);
-      } else {
-        args.emplace_back(piece.substr(0, blank));
+      size_t blank = 0;
+      while (blank < piece.size() && piece[blank] != ' ') ++blank;
+      args.push_back(piece.substr(0, blank));
+      if (blank < piece.size()) {
         modifiers.clear();
         std::string_view rest = piece.substr(blank + 1);
         while (true) {
           const size_t next = rest.find(' ');
-          modifiers.emplace_back(rest.substr(0, next));
+          modifiers.push_back(rest.substr(0, next));
           if (next == std::string_view::npos) break;
           rest.remove_prefix(next + 1);
         }
       }
     }
-    if (found == std::string_view::npos) break;
+    if (last) break;
     position = found + 1;
   }
 }
@@ -163,6 +174,11 @@ void AppendInvocation(std::vector<Invocation>& invocations, uint32_t line, Args&
 
 }  // namespace
 
+void InstructionLineReader::Reserve(size_t count) {
+  invocations_.reserve(count);
+  AdviseHugePages(invocations_.data(), invocations_.capacity() * sizeof(Invocation));
+}
+
 void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
   views_.assign(tokens.begin(), tokens.end());
   Read(views_, line);
@@ -171,14 +187,14 @@ void InstructionLineReader::Read(const TokenLine& tokens, uint32_t line) {
 void InstructionLineReader::Read(const TokenViews& tokens, uint32_t line) {
   if (tokens.empty()) return;
   const std::string_view first = tokens[0];
-  // A comment line: ";" or "//" in the first word.
-  if (first.find(';') != std::string_view::npos || first.find("//") != std::string_view::npos) {
-    return;
+  // A comment line (";" or "//" in the first word), a directive or a
+  // statement such as type(CS), or a shader-analyzer block head.
+  for (size_t i = 0; i < first.size(); ++i) {
+    const char c = first[i];
+    if (c == ';' || c == '(' || c == '@') return;
+    if (c == '/' && i + 1 < first.size() && first[i + 1] == '/') return;
   }
-  if (first.find('(') != std::string_view::npos || first.find('@') != std::string_view::npos ||
-      first == "shader") {
-    return;
-  }
+  if (first == "shader") return;
   std::string label;
   if (ReadLabel(tokens, label)) {
     pendingLabels_.push_back(std::move(label));
@@ -201,10 +217,8 @@ void InstructionLineReader::ReadInstruction(const TokenViews& tokens, uint32_t l
   modifiersScratch_.clear();
   SplitOperands(TrimView(operandText_), argsScratch_, modifiersScratch_);
   // The invocation keeps vectors of exactly the words it holds.
-  std::vector<std::string> args(std::make_move_iterator(argsScratch_.begin()),
-                                std::make_move_iterator(argsScratch_.end()));
-  std::vector<std::string> modifiers(std::make_move_iterator(modifiersScratch_.begin()),
-                                     std::make_move_iterator(modifiersScratch_.end()));
+  std::vector<std::string> args(argsScratch_.begin(), argsScratch_.end());
+  std::vector<std::string> modifiers(modifiersScratch_.begin(), modifiersScratch_.end());
   if (namedTarget) {
     std::string target = args.empty() ? std::string() : args[0];
     AppendInvocation(invocations_, line, instructionSet_, opcode_, std::move(args),

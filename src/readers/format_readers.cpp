@@ -2,6 +2,7 @@
 // program. Each reader hands its selected lines to ReadInstructions.
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -21,6 +22,20 @@ bool IsCSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+// The number of lines, an unterminated last one included (an upper bound on
+// the instructions). memchr finds the line ends several times faster than a
+// byte loop.
+size_t CountLines(std::string_view text) {
+  size_t count = 1;
+  const char* position = text.data();
+  const char* const end = position + text.size();
+  while ((position = static_cast<const char*>(std::memchr(position, '\n', end - position)))) {
+    ++count;
+    ++position;
+  }
+  return count;
+}
+
 bool HasWord(const TokenViews& tokens, std::string_view word) {
   for (const std::string_view token : tokens)
     if (token == word) return true;
@@ -37,7 +52,7 @@ std::vector<Invocation> RawIsaReader::Parse(std::stringstream& input,
   // is never held as token lines.
   InstructionLineReader instructions(instructionSet);
   const std::string_view text = input.view();
-  instructions.Reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
+  instructions.Reserve(CountLines(text));
   long lineIndex = 0;
   long endIndex = -1;
   TokenViews tokens;

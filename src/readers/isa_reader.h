@@ -89,7 +89,7 @@ class InstructionLineReader {
   // jump goes to its first operand exactly as written: no label-prefix rules.
   void ReadInstructionWithNamedTarget(const TokenLine& tokens, uint32_t line);
   // Room for this many invocations, so a long listing is not moved while it grows.
-  void Reserve(size_t count) { invocations_.reserve(count); }
+  void Reserve(size_t count);
   std::vector<Invocation> TakeInvocations() { return std::move(invocations_); }
 
  private:
@@ -105,8 +105,8 @@ class InstructionLineReader {
   TokenViews views_;
   std::string operandText_;
   std::string opcode_;
-  std::vector<std::string> argsScratch_;
-  std::vector<std::string> modifiersScratch_;
+  std::vector<std::string_view> argsScratch_;
+  std::vector<std::string_view> modifiersScratch_;
 };
 
 class RawIsaReader : public BaseIsaReader {

@@ -6,12 +6,20 @@
 #include <fstream>
 #include <system_error>
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace vesk {
 
 bool ReadAll(std::istream& in, std::string& text, size_t sizeHint) {
   // With the expected size known, the first read takes it all (and one byte
   // more, to see the end), so the text is not copied while it grows.
   size_t chunk = sizeHint > 0 ? sizeHint + 1 : size_t{1} << 16;
+  if (sizeHint > 0) {
+    text.reserve(text.size() + chunk);
+    AdviseHugePages(text.data(), text.capacity());
+  }
   while (true) {
     const size_t size = text.size();
     text.resize(size + chunk);
@@ -24,6 +32,20 @@ bool ReadAll(std::istream& in, std::string& text, size_t sizeHint) {
   // The end of the input sets eofbit and failbit together; badbit alone
   // means the read itself failed.
   return !in.bad();
+}
+
+void AdviseHugePages(const void* data, size_t bytes) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+  constexpr uintptr_t kHugePage = uintptr_t{1} << 21;
+  if (bytes < 2 * kHugePage) return;
+  // Only the whole huge pages inside the buffer.
+  const uintptr_t first = (reinterpret_cast<uintptr_t>(data) + kHugePage - 1) & ~(kHugePage - 1);
+  const uintptr_t last = (reinterpret_cast<uintptr_t>(data) + bytes) & ~(kHugePage - 1);
+  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#else
+  (void)data;
+  (void)bytes;
+#endif
 }
 
 std::optional<std::string> ReadFile(const std::string& path) {

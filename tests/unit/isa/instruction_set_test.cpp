@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <stdexcept>
+#include <string>
 
 namespace vesk {
 namespace {
@@ -47,6 +49,33 @@ TEST(InstructionSet, LookupIsExactAndCaseSensitive) {
       },
       std::runtime_error);
   EXPECT_STREQ(unknownInstruction_.GetName(), "<unknown>");
+}
+
+TEST(InstructionSet, EveryRowIsFoundUnderItsOwnNameOnly) {
+  for (const char* generation : {"gfx7", "gfx8", "gfx9", "gfx10"}) {
+    const auto set = CreateInstructionSet(generation);
+    for (const Instruction& row : *set) {
+      const std::string name = row.GetName();
+      EXPECT_EQ(set->Find(name.c_str()), &row) << generation << " " << name;
+      EXPECT_EQ(&set->Get(name.c_str()), &row) << generation << " " << name;
+      // Near misses: a prefix, one more character, an upper-case first letter.
+      for (const std::string& other :
+           {name.substr(0, name.size() - 1), name + "x", "S" + name.substr(1)}) {
+        const Instruction* found = set->Find(other.c_str());
+        EXPECT_TRUE(found == nullptr || other == found->GetName()) << generation << " " << other;
+      }
+    }
+  }
+}
+
+TEST(InstructionSet, HandBuiltTableFindsTheFirstOfTwoEqualNames) {
+  const Instruction rows[] = {
+      {"a", 0, 0, 0, 0}, {"b", 1, 0, 0, 0}, {"b", 2, 0, 0, 0}, {"", 3, 0, 0, 0}};
+  const InstructionSet set(rows, std::size(rows));
+  EXPECT_EQ(set.Find("b"), &rows[1]);
+  EXPECT_EQ(set.Find(""), &rows[3]);
+  EXPECT_EQ(set.Find("c"), nullptr);
+  EXPECT_EQ(InstructionSet(rows, 0).Find("a"), nullptr);
 }
 
 TEST(InstructionSet, SuffixFormsExistWhereTheEncodingDoes) {

@@ -40,6 +40,26 @@ TEST(GetLines, TokenizesAndDropsUnterminatedLastLine) {
   EXPECT_EQ(lines[3], (Strings{"v_mov_b32\tv0,", "v1"}));  // a tab is part of a word
 }
 
+TEST(Tokenize, CutsAtTheFirstDoubleSlashAndSplitsAtBlanksOnly) {
+  struct Case {
+    std::string line;
+    Strings expected;
+  };
+  const Case cases[] = {
+      {"a/b // c", {"a/b"}},  // a single slash is an ordinary character
+      {"a/ /b/", {"a/", "/b/"}},
+      {"/ /x//y", {"/", "/x"}},
+      {"x/", {"x/"}},
+      {"//", {}},
+      {"x //", {"x"}},
+      {"\t a \t b\r", {"a", "\t", "b"}},  // trimmed at the ends, tabs kept inside
+      {"a\tb  c", {"a\tb", "c"}},
+      {"  ", {}},
+      {"", {}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(BaseIsaReader::Tokenize(c.line), c.expected) << c.line;
+}
+
 TEST(LineKinds, CommentsAndCompilerLabels) {
   EXPECT_TRUE(BaseIsaReader::IsComment({"; comment"}));
   EXPECT_TRUE(BaseIsaReader::IsComment({"a;b"}));
@@ -75,6 +95,17 @@ TEST(ReadInstructions, LineRules) {
       {"; comment\ntype(CS)\nfoo@bar\nshader main\n", {}},
       {"s_nop 0\nlabel_9:\n", {"s_nop 0"}},  // pending labels at the end are dropped
       {"a_op v1, v2 glc, v3 slc\n", {"<unknown> v1, v2, v3 slc"}},
+      // Operands split at ", " only: a comma without a blank stays inside.
+      {"s_mov_b32 s0,s1, s2\n", {"s_mov_b32 s0,s1, s2"}},
+      {"s_mov_b32 s0, , s1\n", {"s_mov_b32 s0, s1"}},
+      {"s_mov_b32 ,\n", {"s_mov_b32 ,"}},
+      {"s_mov_b32 s0,\n", {"s_mov_b32 s0,"}},
+      {"s_mov_b32 , s0\n", {"s_mov_b32 s0"}},
+      {"s_mov_b32   s0,   s1\n", {"s_mov_b32 s0, s1"}},
+      {"s_nop 0 a\t  b\n", {"s_nop 0 a\t b"}},  // a tab stays in its word
+      {"s_nop;x\n", {}},
+      {"s_nop//x\n", {"s_nop "}},
+      {"x(y\n", {}},
   };
   for (const Case& c : cases) EXPECT_EQ(Read(raw, c.text, set), c.expected) << c.text;
 }

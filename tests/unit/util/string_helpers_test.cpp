@@ -93,6 +93,33 @@ TEST(Split, ResumesOneCharacterAfterEachMatch) {
   }
 }
 
+TEST(FindText, AgreesWithTheStandardSearch) {
+  using namespace std::string_view_literals;
+  struct Case {
+    std::string_view text;
+    std::string_view needle;
+    size_t from;
+  };
+  const Case cases[] = {
+      {"shader main", "shader", 0},
+      {"x shader", "shader", 1},
+      {"x shader", "shader", 3},
+      {"shade", "shader", 0},
+      {"aaaa", "aaa", 1},
+      {"aaaa", "aaa", 2},
+      {"abc", "", 0},
+      {"abc", "", 3},
+      {"abc", "", 4},
+      {"abc", "c", 3},
+      {"", "a", 0},
+      {"ab\0cd"sv, "\0c"sv, 0},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FindText(c.text, c.needle, c.from), c.text.find(c.needle, c.from))
+        << "'" << c.text << "' '" << c.needle << "' from " << c.from;
+  }
+}
+
 TEST(Join, SeparatesElements) {
   const std::vector<std::string> none;
   const std::vector<std::string> three = {"a", "b", "c"};
