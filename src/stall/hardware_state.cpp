@@ -508,14 +508,38 @@ void HardwareState::ClearScoreboards() {
   anyPending_ = false;
 }
 
+namespace {
+
+// Empties `v` and makes room for exactly `size` elements, giving back storage
+// well beyond that: block states are kept for the whole analysis, so their
+// vectors stay at the size they hold rather than the largest they held.
+template <class T>
+void ClearToSize(std::vector<T>& v, size_t size) {
+  v.clear();
+  if (v.capacity() < size || v.capacity() > size + size / 4 + 4) {
+    std::vector<T> fresh;
+    fresh.reserve(size);
+    v.swap(fresh);
+  }
+}
+
+}  // namespace
+
 void HardwareState::Pack(PackedHardwareState& out) const {
   RefreshPending();
   out.counters = counters_;
   out.vmemKind = vmem_kind_;
   out.pcReadLatency = pc_read_latency_;
-  for (int q = 0; q < kMemoryQueueCount; ++q) queues_.CopyElements(q, out.queues[q]);
-  out.boards.clear();
-  out.slots.clear();
+  size_t queued = 0;
+  for (int q = 0; q < kMemoryQueueCount; ++q) queued += queues_.Size(q);
+  ClearToSize(out.queued, queued);
+  for (int q = 0; q < kMemoryQueueCount; ++q) {
+    queues_.AppendElements(q, out.queued);
+    out.queueEnds[q] = static_cast<uint32_t>(out.queued.size());
+  }
+  // Headers first, so the slots are stored at their exact size.
+  ClearToSize(out.boards, touched_[kWrite].Count() + touched_[kRead].Count());
+  uint32_t slotCount = 0;
   for (int dir = 0; dir < 2; ++dir) {
     for (int reg : touched_[dir]) {
       const Scoreboard& board = Board(dir, reg);
@@ -530,10 +554,14 @@ void HardwareState::Pack(PackedHardwareState& out) const {
       }
       if (stored == 0) continue;
       out.boards.push_back({static_cast<uint16_t>(dir * kRegisterCount + reg),
-                            static_cast<uint16_t>(stored), board.Size(),
-                            static_cast<uint32_t>(out.slots.size())});
-      for (int i = 0; i < stored; ++i) out.slots.push_back(board[i]);
+                            static_cast<uint16_t>(stored), board.Size(), slotCount});
+      slotCount += static_cast<uint32_t>(stored);
     }
+  }
+  ClearToSize(out.slots, slotCount);
+  for (const PackedHardwareState::Board& stored : out.boards) {
+    const Scoreboard& board = Board(stored.id / kRegisterCount, stored.id % kRegisterCount);
+    for (int i = 0; i < stored.slots; ++i) out.slots.push_back(board[i]);
   }
 }
 
@@ -543,8 +571,11 @@ void HardwareState::Unpack(const PackedHardwareState& packed) {
   vmem_kind_ = packed.vmemKind;
   pc_read_latency_ = packed.pcReadLatency;
   queues_.Clear();
-  for (int q = 0; q < kMemoryQueueCount; ++q)
-    for (const MemoryQueueElement& element : packed.queues[q]) queues_.PushBack(q, element);
+  uint32_t begin = 0;
+  for (int q = 0; q < kMemoryQueueCount; ++q) {
+    for (uint32_t i = begin; i < packed.queueEnds[q]; ++i) queues_.PushBack(q, packed.queued[i]);
+    begin = packed.queueEnds[q];
+  }
   for (const PackedHardwareState::Board& stored : packed.boards) {
     const int dir = stored.id / kRegisterCount;
     const RegisterID reg = stored.id % kRegisterCount;
@@ -560,7 +591,8 @@ void PackedHardwareState::Release() {
 }
 
 bool PackedHardwareState::operator==(const PackedHardwareState& other) const {
-  if (counters != other.counters || pcReadLatency != other.pcReadLatency || queues != other.queues)
+  if (counters != other.counters || pcReadLatency != other.pcReadLatency ||
+      queueEnds != other.queueEnds || queued != other.queued)
     return false;
   // Scoreboards compare by their live entries; stored ones without any are
   // equal to absent ones.

@@ -203,7 +203,9 @@ class PackedHardwareState {
   HardwareCounters counters;
   int32_t vmemKind = 0;
   int32_t pcReadLatency = 0;
-  std::array<std::vector<MemoryQueueElement>, kMemoryQueueCount> queues;
+  // The five queues one after the other; queueEnds[q] is where queue q ends.
+  std::array<uint32_t, kMemoryQueueCount> queueEnds{};
+  std::vector<MemoryQueueElement> queued;
   std::vector<Board> boards;
   std::vector<RegisterPipelineUsage> slots;
 };

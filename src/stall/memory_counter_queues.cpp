@@ -25,6 +25,10 @@ void MemoryCounterQueues::CopyElements(int queue, std::vector<Element>& out) con
   for (const Slot& slot : Queue(queue)) out.push_back(ToElement(slot));
 }
 
+void MemoryCounterQueues::AppendElements(int queue, std::vector<Element>& out) const {
+  for (const Slot& slot : Queue(queue)) out.push_back(ToElement(slot));
+}
+
 MemoryQueueElement MemoryCounterQueues::PopFront(int queue) {
   assert(!IsEmpty(queue));
   const Element front = ToElement(Queue(queue).front());

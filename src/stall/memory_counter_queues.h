@@ -52,6 +52,8 @@ class MemoryCounterQueues {
   std::vector<Element> Elements(int queue) const;
   // The same into `out`, reusing its storage.
   void CopyElements(int queue, std::vector<Element>& out) const;
+  // The same appended to `out`.
+  void AppendElements(int queue, std::vector<Element>& out) const;
 
   void PushBack(int queue, const Element& element) {
     Queue(queue).push_back({element.info, now_ + element.remaining});
