@@ -134,6 +134,10 @@ void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name)
   StoreRuns(writes, reads);
 }
 
+// One record per instruction of the program is kept for the whole stall
+// analysis.
+static_assert(sizeof(InvocationDependencyInfo) <= 64);
+
 void InvocationDependencyInfo::StoreRuns(const UnifiedRegisterSet& writes,
                                          const UnifiedRegisterSet& reads) {
   std::vector<RegisterRun> runs;
@@ -157,7 +161,7 @@ void InvocationDependencyInfo::StoreRuns(const UnifiedRegisterSet& writes,
   } else {
     // The read count is implied by the heap vector's size.
     readRunCount_ = 0;
-    spilledRuns_ = std::make_shared<const std::vector<RegisterRun>>(std::move(runs));
+    spilledRuns_ = SpilledRuns(std::move(runs));
   }
 }
 

@@ -281,7 +281,7 @@ class InvocationDependencyInfo {
     uint16_t last;
   };
   using RunSpan = std::span<const RegisterRun>;
-  static constexpr int kInlineRuns = 6;
+  static constexpr int kInlineRuns = 5;
   static constexpr int kSetEnd = kFirstSGPR + UnifiedRegisterSet::Half::kWords * 64;
 
   RunSpan AllRuns() const {
@@ -307,7 +307,29 @@ class InvocationDependencyInfo {
     return count;
   }
 
-  std::shared_ptr<const std::vector<RegisterRun>> spilledRuns_;
+  // Owns the heap runs and copies them with the record.
+  class SpilledRuns {
+   public:
+    SpilledRuns() = default;
+    explicit SpilledRuns(std::vector<RegisterRun> runs)
+        : runs_(std::make_unique<const std::vector<RegisterRun>>(std::move(runs))) {}
+    SpilledRuns(const SpilledRuns& other) { *this = other; }
+    SpilledRuns& operator=(const SpilledRuns& other) {
+      if (this != &other)
+        runs_ =
+            other.runs_ ? std::make_unique<const std::vector<RegisterRun>>(*other.runs_) : nullptr;
+      return *this;
+    }
+    SpilledRuns(SpilledRuns&&) noexcept = default;
+    SpilledRuns& operator=(SpilledRuns&&) noexcept = default;
+    explicit operator bool() const { return runs_ != nullptr; }
+    const std::vector<RegisterRun>& operator*() const { return *runs_; }
+
+   private:
+    std::unique_ptr<const std::vector<RegisterRun>> runs_;
+  };
+
+  SpilledRuns spilledRuns_;
   std::array<RegisterRun, kInlineRuns> runs_{};
   uint8_t writeRunCount_ = 0;
   uint8_t readRunCount_ = 0;
@@ -315,13 +337,13 @@ class InvocationDependencyInfo {
   uint8_t implicitReadMask_ = 0;
   uint8_t explicitWriteSpecial_ = 0;
   uint8_t explicitReadSpecial_ = 0;
+  WaitType waitType_ = WaitType::None;
+  bool isWaitCntDepCtr_ = false;
   int32_t issueLatency_ = 0;
   int32_t executeLatency_ = 0;
   int32_t visibilityLatency_ = 0;
   const Invocation* invocation_;
   uint64_t flags_ = 0;
-  WaitType waitType_ = WaitType::None;
-  bool isWaitCntDepCtr_ = false;
 };
 
 }  // namespace vesk
