@@ -33,7 +33,9 @@ const char* HardwarePhrase(uint8_t condition) {
     case kTrans32BusyStall:
       return "transcendental unit busy";
     case kPCReadStall:
-      return "PC read";
+      return "latency of the PC read before it";
+    case kPCReadDrainStall:
+      return "counters drained before a PC read";
     case kIssueDistanceStall:
       return "issue distance";
     case kShortenedVaVdstStall:

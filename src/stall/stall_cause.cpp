@@ -13,6 +13,7 @@ StallCauseKind GetStallCauseKind(uint8_t condition) {
     case kF32BusyStall:
     case kTrans32BusyStall:
     case kPCReadStall:
+    case kPCReadDrainStall:
     case kIssueDistanceStall:
     case kShortenedVaVdstStall:
       return StallCauseKind::kHardware;
@@ -60,6 +61,8 @@ const char* GetStallConditionName(uint8_t condition) {
       return "lds_dir";
     case kPCReadStall:
       return "pc_read";
+    case kPCReadDrainStall:
+      return "pc_read_drain";
     case kMemoryCounterStall:
       return "memory_wait";
     case kIssueDistanceStall:

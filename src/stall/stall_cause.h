@@ -29,7 +29,8 @@ constexpr RegisterID kNoRegister = -1;
 
 struct StallCause {
   // A StallReason code: the condition that held the issue back last. Besides
-  // the reasons of StallDescription it can be kShortenedVaVdstStall.
+  // the reasons of StallDescription it can be kShortenedVaVdstStall or
+  // kPCReadDrainStall.
   uint8_t condition = kNoStall;
   // Memory counter waits: the counter waited on (kNone for a wait that names
   // no counter).
@@ -51,6 +52,7 @@ struct StallCause {
 StallCauseKind GetStallCauseKind(uint8_t condition);
 // Short lower-case name of a condition: "vgpr_source", "sgpr_source",
 // "valu_busy", "trans_busy", "sa_sdst" ... "lds_dir", "pc_read",
+// "pc_read_drain",
 // "memory_wait", "issue_distance", "shortened_vdst_wait"; "none" for
 // kNoStall and unknown codes.
 const char* GetStallConditionName(uint8_t condition);

@@ -408,7 +408,7 @@ StallDescription HardwareState::ApplyStall(const InvocationDependencyInfo& info,
       }
       UpdateCounters(1);
       ++result.length;
-      if (recordCause) *cause = CauseOf(kPCReadStall);
+      if (recordCause) *cause = CauseOf(kPCReadDrainStall);
     }
   }
 

@@ -30,6 +30,11 @@ enum StallReason : uint8_t {
   // memory waited for pending VALU results and issued once all of them
   // finish in the next cycle.
   kShortenedVaVdstStall = 20,
+  // Recorded as a stall cause only: a program-counter reading instruction
+  // (or s_setreg, s_call, ...) waited for every dependency counter to drain
+  // before it could issue; kPCReadStall as a cause is the latency of such an
+  // instruction issued before.
+  kPCReadDrainStall = 21,
 };
 
 struct StallDescription {
