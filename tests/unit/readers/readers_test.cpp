@@ -145,6 +145,27 @@ TEST(FramedReaders, SelectTheirBlock) {
             (Strings{"v_add_f32 v0, v1, v2"}));
 }
 
+// A listing long enough for its records to be kept on huge pages reads like
+// a short one: every line, its labels and its number.
+TEST(RawReader, LongListingKeepsEveryLine) {
+  const GFX10InstructionSet set;
+  std::string text;
+  const int count = 40000;
+  for (int i = 0; i < count; ++i) {
+    if (i % 1000 == 0) text += "label_" + std::to_string(i) + ":\n";
+    text += "s_mov_b32 s" + std::to_string(i % 100) + ", " + std::to_string(i) + "\n";
+  }
+  std::stringstream stream(text);
+  const std::vector<Invocation> invocations = RawIsaReader().Parse(stream, set);
+  ASSERT_EQ(invocations.size(), static_cast<size_t>(count));
+  for (int i : {0, 1, 999, 1000, 20001, count - 1}) {
+    const std::string expected = (i % 1000 == 0 ? "label_" + std::to_string(i) + ": " : "") +
+                                 "s_mov_b32 s" + std::to_string(i % 100) + ", " + std::to_string(i);
+    EXPECT_EQ(invocations[i].ToString(), expected);
+    EXPECT_EQ(invocations[i].GetSourceLine(), static_cast<uint32_t>(i + i / 1000 + 2));
+  }
+}
+
 // Every layout numbers instructions by their line in the whole text, framing
 // and skipped lines included, so errors and reports can point into the file.
 TEST(SourceLines, CountEveryLineOfTheText) {

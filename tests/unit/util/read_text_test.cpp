@@ -46,9 +46,20 @@ std::string LongText() {
   return text;
 }
 
+// Several megabytes: large enough for the reading buffer to be given huge
+// pages, which must not change what is read.
+std::string LargeText() {
+  std::string text;
+  text.reserve(5u << 20);
+  for (int i = 0; text.size() < (5u << 20) + 12345; ++i) {
+    text += "s_mov_b32 s" + std::to_string(i % 100) + ", " + std::to_string(i) + "\n";
+  }
+  return text;
+}
+
 TEST_F(ReadTextTest, RegularFilesReadWhole) {
-  for (const std::string& text :
-       {std::string(), std::string("s_endpgm"), std::string("a\0b\n", 4), LongText()}) {
+  for (const std::string& text : {std::string(), std::string("s_endpgm"), std::string("a\0b\n", 4),
+                                  LongText(), LargeText()}) {
     const std::optional<std::string> read = ReadFile(Write("listing.isa", text));
     ASSERT_TRUE(read.has_value());
     EXPECT_EQ(*read, text);
