@@ -25,8 +25,9 @@ inline const InstructionSet& TestInstructionSet() {
   return set;
 }
 
-// "L1 L2: opcode a, b" -> labels L1 and L2, the opcode and its operands.
-inline Invocation ParseTestLine(const std::string& line) {
+// "L1 L2: opcode a, b" -> labels L1 and L2, the opcode and its operands
+// (split at ", "), looked up in `set`.
+inline Invocation ParseTestLine(const InstructionSet& set, const std::string& line) {
   std::string rest = line;
   std::vector<std::string> labels;
   if (const size_t colon = rest.find(": "); colon != std::string::npos) {
@@ -53,7 +54,11 @@ inline Invocation ParseTestLine(const std::string& line) {
       start = comma + 2;
     }
   }
-  return Invocation(TestInstructionSet(), opcode, args, {}, labels);
+  return Invocation(set, opcode, args, {}, labels);
+}
+
+inline Invocation ParseTestLine(const std::string& line) {
+  return ParseTestLine(TestInstructionSet(), line);
 }
 
 inline std::vector<Invocation> MakeProgram(const std::vector<std::string>& lines) {
