@@ -78,8 +78,11 @@ InvocationDependencyInfo::InvocationDependencyInfo(const Invocation& invocation)
     : invocation_(&invocation) {
   const OpcodeNameTraits& name = GetOpcodeNameTraits(GetName());
   InitializeConditionalFlags(name);
-  InitializeRegisters(name);
-  InitializeRegisterFlags();
+  // The full sets are formed once here; the record keeps them as runs.
+  UnifiedRegisterSet writes;
+  UnifiedRegisterSet reads;
+  InitializeRegisters(name, writes, reads);
+  InitializeRegisterFlags(writes, reads);
   UpdateGenericFlags(name);
   UpdateLatencies(name);
 }
@@ -117,9 +120,11 @@ void InvocationDependencyInfo::InitializeConditionalFlags(const OpcodeNameTraits
   if ((isDS && hasGdsArg) || name.startsGlobal) SetFlag(InfoFlag::UsesGDS);
 }
 
-void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name) {
-  UnifiedRegisterSet reads = invocation_->GetReadRegisters();
-  UnifiedRegisterSet writes = invocation_->GetWriteRegisters();
+void InvocationDependencyInfo::InitializeRegisters(const OpcodeNameTraits& name,
+                                                   UnifiedRegisterSet& writes,
+                                                   UnifiedRegisterSet& reads) {
+  reads = invocation_->GetReadRegisters();
+  writes = invocation_->GetWriteRegisters();
   explicitReadSpecial_ = SpecialMask(reads);
   explicitWriteSpecial_ = SpecialMask(writes);
 
@@ -172,12 +177,12 @@ UnifiedRegisterSet InvocationDependencyInfo::FormSet(RunSpan runs) {
   return set;
 }
 
-void InvocationDependencyInfo::InitializeRegisterFlags() {
-  const UnifiedRegisterSet readRegisters = GetReadRegisters();
-  const UnifiedRegisterSet writtenSGPRs = GetWrittenSGPRs();
-  const UnifiedRegisterSet readSGPRs = GetReadSGPRs();
+void InvocationDependencyInfo::InitializeRegisterFlags(const UnifiedRegisterSet& writes,
+                                                       const UnifiedRegisterSet& readRegisters) {
+  const UnifiedRegisterSet writtenSGPRs = ScalarHalf(writes);
+  const UnifiedRegisterSet readSGPRs = ScalarHalf(readRegisters);
   if (implicitWriteMask_ >> (kScc - kExec) & 1u) SetFlag(InfoFlag::WritesAnySGPR);
-  if (!GetWrittenVGPRs().IsEmpty()) SetFlag(InfoFlag::WritesAnyVGPR);
+  if (!writes.GetVGPRSet().IsEmpty()) SetFlag(InfoFlag::WritesAnyVGPR);
 
   const bool writesStandardSGPR = HasStandardSGPR(writtenSGPRs);
   if (!writtenSGPRs.IsEmpty()) {
@@ -189,7 +194,7 @@ void InvocationDependencyInfo::InitializeRegisterFlags() {
     if (writtenSGPRs.Contains(kM0)) SetFlag(InfoFlag::WritesM0);
   }
 
-  if (!GetReadVGPRs().IsEmpty()) SetFlag(InfoFlag::ReadsAnyVGPR);
+  if (!readRegisters.GetVGPRSet().IsEmpty()) SetFlag(InfoFlag::ReadsAnyVGPR);
 
   if (!readSGPRs.IsEmpty()) {
     SetFlag(InfoFlag::ReadsAnySGPR);

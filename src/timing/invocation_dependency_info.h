@@ -229,8 +229,10 @@ class InvocationDependencyInfo {
 
   // Construction steps, in this order; each sees the flags of the earlier ones.
   void InitializeConditionalFlags(const OpcodeNameTraits& name);
-  void InitializeRegisters(const OpcodeNameTraits& name);
-  void InitializeRegisterFlags();
+  void InitializeRegisters(const OpcodeNameTraits& name, UnifiedRegisterSet& writes,
+                           UnifiedRegisterSet& reads);
+  void InitializeRegisterFlags(const UnifiedRegisterSet& writes,
+                               const UnifiedRegisterSet& readRegisters);
   void UpdateGenericFlags(const OpcodeNameTraits& name);
   void ResolveWaitType(const OpcodeNameTraits& name);
   void UpdateLatencies(const OpcodeNameTraits& name);
