@@ -13,6 +13,10 @@
 #include "isa/invocation.h"
 #include "readers/isa_reader.h"
 
+namespace vesk {
+class JsonStreamWriter;
+}  // namespace vesk
+
 class BaseVeskAppTask {
  public:
   BaseVeskAppTask(std::stringstream& input_, std::ostream* output_)
@@ -25,10 +29,13 @@ class BaseVeskAppTask {
   std::stringstream& input;
   std::ostream* output;
   std::vector<vesk::Invocation> invocations;
-  // Text writes the report to `output`; Json fills `jsonProgram`, the
-  // program's object in the one document the application writes at the end.
+  // Text writes the report to `output`. Json adds the program's members
+  // after its "function": long tables go straight to `jsonWriter` (whose
+  // innermost open object is the program's), short reports may fill
+  // `jsonProgram` instead, which the application adds after them.
   vesk::ReportFormat format = vesk::ReportFormat::Text;
   vesk::JsonDocument* jsonProgram = nullptr;
+  vesk::JsonStreamWriter* jsonWriter = nullptr;
   // What the listing states about the program (launch facts) and the wave
   // size the application chose for it (-w, else the listing's, else the
   // generation's).

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/json_report.h"
+
 namespace vesk {
 
 namespace {
@@ -28,10 +30,10 @@ JsonDocument SourceLineJson(const Invocation& invocation) {
   return line == 0 ? JsonDocument(nullptr) : JsonDocument(line);
 }
 
-void FillLivenessJson(JsonDocument& program, const LivenessStates& states,
-                      const RegisterUsage& usage, bool summaryOnly) {
+void WriteLivenessJson(JsonStreamWriter& program, const LivenessStates& states,
+                       const RegisterUsage& usage, bool summaryOnly) {
   if (!summaryOnly) {
-    JsonDocument rows = JsonDocument::array();
+    program.BeginArray("rows");
     // The first and last states are the graph's entry and exit nodes; rows
     // are numbered from 1 as in the text report.
     for (size_t i = 1; i + 1 < states.Size(); ++i) {
@@ -44,12 +46,12 @@ void FillLivenessJson(JsonDocument& program, const LivenessStates& states,
       row["read"] = RegisterList(state.Read());
       row["written"] = RegisterList(state.Written());
       row["live_registers"] = RegisterList(state.Live());
-      rows.push_back(std::move(row));
+      program.Add(std::move(row));
     }
-    program["rows"] = std::move(rows);
+    program.End();
   }
-  program["max_live"] = usage.maxLiveCount;
-  program["allocated"] = usage.maxRegisterIndex + 1;
+  program.Add("max_live", usage.maxLiveCount);
+  program.Add("allocated", usage.maxRegisterIndex + 1);
 }
 
 void FillHistogramJson(JsonDocument& program, const std::string& groupBy, size_t total,
@@ -66,8 +68,8 @@ void FillHistogramJson(JsonDocument& program, const std::string& groupBy, size_t
   program["counts"] = std::move(counts);
 }
 
-void FillStallJson(JsonDocument& program, const StallCycleAnalysis::Result& result) {
-  JsonDocument rows = JsonDocument::array();
+void WriteStallJson(JsonStreamWriter& program, const StallCycleAnalysis::Result& result) {
+  program.BeginArray("rows");
   size_t line = 0;
   for (const auto& [invocation, stalls] : result) {
     const StallLength& length = stalls.first.length;
@@ -77,9 +79,9 @@ void FillStallJson(JsonDocument& program, const StallCycleAnalysis::Result& resu
     row["instruction"] = InstructionJsonText(*invocation, true);
     row["cycles"] = length.IsIndefinite() ? JsonDocument(nullptr) : JsonDocument(length.Get());
     row["unbounded"] = length.IsIndefinite();
-    rows.push_back(std::move(row));
+    program.Add(std::move(row));
   }
-  program["rows"] = std::move(rows);
+  program.End();
 }
 
 }  // namespace vesk

@@ -13,11 +13,14 @@
 
 namespace vesk {
 
+class JsonStreamWriter;
+
 // "rows" (unless summaryOnly): one per instruction with its report line,
 // listing line, text, live count and the read, written and live register
-// numbers; then "max_live" and "allocated".
-void FillLivenessJson(JsonDocument& program, const LivenessStates& states,
-                      const RegisterUsage& usage, bool summaryOnly);
+// numbers; then "max_live" and "allocated". Rows are written as they are
+// formed.
+void WriteLivenessJson(JsonStreamWriter& program, const LivenessStates& states,
+                       const RegisterUsage& usage, bool summaryOnly);
 
 // "group" (null when ungrouped), "total" instructions, and "counts" in the
 // text report's order: key, count and share in percent.
@@ -25,8 +28,8 @@ void FillHistogramJson(JsonDocument& program, const std::string& groupBy, size_t
                        const std::vector<std::pair<std::string, int>>& entries);
 
 // "rows": report line, listing line, text, and the largest stall's cycles
-// (null when it has no bound, with "unbounded" true).
-void FillStallJson(JsonDocument& program, const StallCycleAnalysis::Result& result);
+// (null when it has no bound, with "unbounded" true), written as formed.
+void WriteStallJson(JsonStreamWriter& program, const StallCycleAnalysis::Result& result);
 
 // The instruction's text as the text reports write it (with its labels when
 // `withLabels`), without the trailing blanks they keep.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/version.h"
 
@@ -144,6 +145,149 @@ void AppendJson(std::string& out, const JsonDocument& value, size_t indent, bool
 }
 
 }  // namespace
+
+namespace {
+
+// Text is handed to the stream in pieces of about this size.
+constexpr size_t kPieceSize = size_t{1} << 20;
+
+// Whether `value`, held at `indent`, is laid out on several lines whatever
+// is added to it later: it is too long for one line and not a flat member of
+// an array. Both only grow as members are added.
+bool NeedsManyLines(const JsonDocument& value, size_t indent, bool inArray) {
+  if (value.empty() || (inArray && IsFlat(value))) return false;
+  if (2 * value.size() + 1 + indent > kLineWidth) return true;
+  std::string line;
+  AppendInline(line, value);
+  return line.size() + indent > kLineWidth;
+}
+
+void AddMember(JsonDocument& container, const std::string& key, JsonDocument value) {
+  if (container.is_object()) {
+    container[key] = std::move(value);
+  } else {
+    container.push_back(std::move(value));
+  }
+}
+
+}  // namespace
+
+void JsonStreamWriter::BeginObject(std::string_view key) {
+  Begin(true, key);
+}
+
+void JsonStreamWriter::BeginArray(std::string_view key) {
+  Begin(false, key);
+}
+
+void JsonStreamWriter::Begin(bool object, std::string_view key) {
+  Frame frame;
+  frame.object = object;
+  frame.inArray = !frames_.empty() && !frames_.back().object;
+  frame.indent = frames_.empty() ? 0 : frames_.back().indent + 2;
+  frame.key = key;
+  frame.pending = object ? JsonDocument::object() : JsonDocument::array();
+  frames_.push_back(std::move(frame));
+}
+
+void JsonStreamWriter::Add(std::string_view key, JsonDocument value) {
+  Frame& frame = frames_.back();
+  if (frame.expanded) {
+    AppendMember(frame, std::string(key), value);
+    FlushLarge();
+    return;
+  }
+  AddMember(frame.pending, std::string(key), std::move(value));
+  ExpandSettled();
+}
+
+void JsonStreamWriter::End() {
+  Frame frame = std::move(frames_.back());
+  frames_.pop_back();
+  if (frame.expanded) {
+    text_ += '\n';
+    text_.append(frame.indent, ' ');
+    text_ += frame.object ? '}' : ']';
+  } else if (frames_.empty()) {
+    AppendJson(text_, frame.pending, 0, false);
+  } else if (frames_.back().expanded) {
+    AppendMember(frames_.back(), frame.key, frame.pending);
+  } else {
+    AddMember(frames_.back().pending, frame.key, std::move(frame.pending));
+    ExpandSettled();
+  }
+  if (frames_.empty()) {
+    text_ += '\n';
+    out_.write(text_.data(), static_cast<std::streamsize>(text_.size()));
+    out_.flush();
+    text_.clear();
+    written_ = true;
+    return;
+  }
+  FlushLarge();
+}
+
+JsonDocument JsonStreamWriter::Held(size_t index) const {
+  JsonDocument held = frames_.back().pending;
+  for (size_t i = frames_.size() - 1; i > index; --i) {
+    JsonDocument outer = frames_[i - 1].pending;
+    AddMember(outer, frames_[i].key, std::move(held));
+    held = std::move(outer);
+  }
+  return held;
+}
+
+void JsonStreamWriter::ExpandSettled() {
+  // Expanded containers are the outer ones; a container can only need many
+  // lines when every container around it does.
+  size_t index = 0;
+  while (index < frames_.size() && frames_[index].expanded) ++index;
+  for (; index < frames_.size(); ++index) {
+    Frame& frame = frames_[index];
+    if (!NeedsManyLines(Held(index), frame.indent, frame.inArray)) return;
+    if (index > 0) {
+      // The container is the newest member of the one around it.
+      Frame& parent = frames_[index - 1];
+      text_ += parent.count == 0 ? "\n" : ",\n";
+      text_.append(parent.indent + 2, ' ');
+      if (parent.object) {
+        AppendString(text_, frame.key);
+        text_ += ": ";
+      }
+      ++parent.count;
+    }
+    text_ += frame.object ? '{' : '[';
+    frame.expanded = true;
+    JsonDocument members = std::move(frame.pending);
+    frame.pending = JsonDocument();
+    if (frame.object) {
+      for (auto it = members.begin(); it != members.end(); ++it) {
+        AppendMember(frame, it.key(), *it);
+      }
+    } else {
+      for (const JsonDocument& value : members) AppendMember(frame, std::string(), value);
+    }
+  }
+}
+
+void JsonStreamWriter::AppendMember(Frame& frame, const std::string& key,
+                                    const JsonDocument& value) {
+  text_ += frame.count == 0 ? "\n" : ",\n";
+  text_.append(frame.indent + 2, ' ');
+  if (frame.object) {
+    AppendString(text_, key);
+    text_ += ": ";
+  }
+  AppendJson(text_, value, frame.indent + 2, !frame.object);
+  ++frame.count;
+}
+
+void JsonStreamWriter::FlushLarge() {
+  if (text_.size() < kPieceSize) return;
+  out_.write(text_.data(), static_cast<std::streamsize>(text_.size()));
+  text_.clear();
+  written_ = true;
+}
 
 void WriteJsonDocument(std::ostream& out, const JsonDocument& document) {
   std::string text;

@@ -4,6 +4,8 @@
 
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -22,5 +24,59 @@ JsonDocument JsonReportHeader(const InstructionSet& instructionSet);
 // objects that fit in 100 columns, and flat elements of arrays (table rows),
 // are written on one line.
 void WriteJsonDocument(std::ostream& out, const JsonDocument& document);
+
+// Writes one document in the layout of WriteJsonDocument while it is being
+// formed, so that a report of millions of rows never exists in memory as a
+// whole. Containers are opened and closed in order; members are added as
+// small documents (one table row each). A container stays in memory only
+// until it is known not to fit on one line; from then on its members are
+// formatted as they arrive and the text goes out in pieces of about a
+// megabyte.
+class JsonStreamWriter {
+ public:
+  explicit JsonStreamWriter(std::ostream& out) : out_(out) {}
+
+  // Opens the document (the first call) or a member container; `key` names
+  // it inside an object and is ignored inside an array.
+  void BeginObject(std::string_view key = {});
+  void BeginArray(std::string_view key = {});
+  // Adds a finished member to the innermost open container.
+  void Add(std::string_view key, JsonDocument value);
+  void Add(JsonDocument value) { Add({}, std::move(value)); }
+  // Closes the innermost container; closing the document writes the rest of
+  // it with its final line end.
+  void End();
+
+  // Whether part of the document has already left for the stream.
+  bool Written() const { return written_; }
+
+ private:
+  struct Frame {
+    bool object;
+    bool inArray;
+    size_t indent;
+    std::string key;
+    // Members held while the container may still fit on one line.
+    JsonDocument pending;
+    // Members already formatted (the container is laid out on many lines).
+    bool expanded = false;
+    size_t count = 0;
+  };
+
+  void Begin(bool object, std::string_view key);
+  // The held members of frame `index` with those of every open container
+  // inside it, as one document.
+  JsonDocument Held(size_t index) const;
+  // Lays out on many lines every held container that can no longer fit on
+  // one.
+  void ExpandSettled();
+  void AppendMember(Frame& frame, const std::string& key, const JsonDocument& value);
+  void FlushLarge();
+
+  std::ostream& out_;
+  std::vector<Frame> frames_;
+  std::string text_;
+  bool written_ = false;
+};
 
 }  // namespace vesk

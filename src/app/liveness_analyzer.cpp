@@ -22,7 +22,7 @@ bool LivenessAnalyzer::InvokeImpl() {
   const int width = usage.maxRegisterIndex + 1;
   const bool summaryOnly = (options & AnalyzeLiveness::summaryOnly) != 0;
   if (format == vesk::ReportFormat::Json) {
-    vesk::FillLivenessJson(*jsonProgram, states, usage, summaryOnly);
+    vesk::WriteLivenessJson(*jsonWriter, states, usage, summaryOnly);
     return true;
   }
 

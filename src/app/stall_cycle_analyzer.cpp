@@ -50,7 +50,7 @@ bool StallCycleAnalyzer::InvokeImpl() {
   }
   const auto result = vesk::StallCycleAnalysis::AnalyzeStallCycles(invocations, wave64);
   if (format == vesk::ReportFormat::Json) {
-    vesk::FillStallJson(*jsonProgram, result);
+    vesk::WriteStallJson(*jsonWriter, result);
     return true;
   }
 

@@ -2,6 +2,7 @@
 #include "app/vesk_app.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@
 #include "readers/llvm_listing_reader.h"
 #include "readers/llvm_processors.h"
 #include "util/analysis_error.h"
+#include "util/fatal_exit.h"
 #include "util/read_text.h"
 #include "util/string_helpers.h"
 
@@ -321,60 +323,100 @@ bool VeskApp::Execute() {
   const bool dot = dumpBbCfgCommand->parsed() || dumpPiCfgCommand->parsed();
   if (programs.empty()) programs.emplace_back();
 
-  // In JSON form every program adds its object to one document, written
-  // only when all of them succeeded; a failure writes its message alone.
+  // In JSON form every program adds its object to one document, written as
+  // it is formed; a failure writes its message alone and no document.
   const int generation = static_cast<int>(instructionSet->GetVersion() >> 16);
   const bool summary = RunningCommand() == summaryCommand;
   const bool stall = RunningCommand() == stallCyclesCommand;
-  vesk::JsonDocument document;
+  std::optional<vesk::JsonStreamWriter> writer;
   if (json) {
-    document = vesk::JsonReportHeader(*instructionSet);
-    // The summary's wave size is set below once every program's is known.
-    if (stall || summary) document["wave_size"] = StallWave64() ? 64 : 32;
-    document["programs"] = vesk::JsonDocument::array();
-  }
-  std::optional<int> commonWaveSize;
-  bool result = true;
-  for (size_t i = 0; i < programs.size() && result; ++i) {
-    vesk::ListingProgram& program = programs[i];
-    std::unique_ptr<BaseVeskAppTask> task = CreateTask();
-    task->instructionSet = instructionSet.get();
-    task->invocations = std::move(program.invocations);
-    task->attributes = program.attributes;
+    writer.emplace(*outputStream);
+    writer->BeginObject();
+    const vesk::JsonDocument header = vesk::JsonReportHeader(*instructionSet);
+    for (auto it = header.begin(); it != header.end(); ++it) writer->Add(it.key(), *it);
     if (summary) {
-      task->waveSize = ChooseWaveSize(program.attributes, generation);
-      if (i == 0 || commonWaveSize != task->waveSize) {
-        commonWaveSize = i == 0 ? std::optional<int>(task->waveSize) : std::nullopt;
+      // Programs of one listing may state different wave sizes.
+      const int first = ChooseWaveSize(programs[0].attributes, generation);
+      bool common = true;
+      for (const vesk::ListingProgram& program : programs) {
+        common = common && ChooseWaveSize(program.attributes, generation) == first;
       }
-    } else {
-      task->waveSize = StallWave64() ? 64 : 32;
+      writer->Add("wave_size", common ? vesk::JsonDocument(first) : vesk::JsonDocument(nullptr));
+    } else if (stall) {
+      writer->Add("wave_size", StallWave64() ? 64 : 32);
     }
-    vesk::JsonDocument programJson = vesk::JsonDocument::object();
-    if (json) {
-      task->format = vesk::ReportFormat::Json;
-      task->jsonProgram = &programJson;
-      programJson["function"] =
-          program.name.empty() ? vesk::JsonDocument(nullptr) : vesk::JsonDocument(program.name);
-    }
-    // Summaries of several functions are set apart by an empty line.
-    if (headers && summary && i > 0) *task->output << '\n';
-    if (headers) *task->output << (dot ? "// Function " : "Function ") << program.name << '\n';
-    if (task->invocations.empty()) {
-      *task->output << "Could not find any invocations." << std::endl;
-      result = false;
-    } else {
-      result = task->InvokeImpl();
-    }
-    task.reset();
-    if (json) document["programs"].push_back(std::move(programJson));
+    writer->BeginArray("programs");
   }
-  if (json && result) {
-    // Programs of one listing may state different wave sizes.
-    if (summary) {
-      document["wave_size"] =
-          commonWaveSize ? vesk::JsonDocument(*commonWaveSize) : vesk::JsonDocument(nullptr);
+  // A document too long to keep in memory may have been partly written when
+  // a later program fails; an output file is then emptied again, so that it
+  // holds the failure's message alone as for a short document.
+  const auto discardDocument = [&] {
+    const bool written = writer && writer->Written();
+    writer.reset();
+    std::error_code error;
+    if (!written || outputPath == "-" || !std::filesystem::is_regular_file(outputPath, error)) {
+      return;
     }
-    vesk::WriteJsonDocument(*outputStream, document);
+    outputFile.close();
+    outputFile.open(outputPath, std::ios::out | std::ios::trunc);
+  };
+  // Fatal listing conditions are caught for the same reason, and then end
+  // the run as they would have.
+  const vesk::FatalExitHandler previousHandler =
+      json ? vesk::SetFatalExitHandler(vesk::ThrowFatalListingExit) : nullptr;
+  bool result = true;
+  try {
+    for (size_t i = 0; i < programs.size() && result; ++i) {
+      vesk::ListingProgram& program = programs[i];
+      std::unique_ptr<BaseVeskAppTask> task = CreateTask();
+      task->instructionSet = instructionSet.get();
+      task->invocations = std::move(program.invocations);
+      task->attributes = program.attributes;
+      task->waveSize =
+          summary ? ChooseWaveSize(program.attributes, generation) : (StallWave64() ? 64 : 32);
+      vesk::JsonDocument programJson = vesk::JsonDocument::object();
+      if (json) {
+        task->format = vesk::ReportFormat::Json;
+        task->jsonProgram = &programJson;
+        task->jsonWriter = &*writer;
+        writer->BeginObject();
+        writer->Add("function", program.name.empty() ? vesk::JsonDocument(nullptr)
+                                                     : vesk::JsonDocument(program.name));
+      }
+      // Summaries of several functions are set apart by an empty line.
+      if (headers && summary && i > 0) *task->output << '\n';
+      if (headers) *task->output << (dot ? "// Function " : "Function ") << program.name << '\n';
+      if (task->invocations.empty()) {
+        discardDocument();
+        *task->output << "Could not find any invocations." << std::endl;
+        result = false;
+      } else {
+        result = task->InvokeImpl();
+      }
+      task.reset();
+      if (json && result) {
+        for (auto it = programJson.begin(); it != programJson.end(); ++it) {
+          writer->Add(it.key(), std::move(*it));
+        }
+        writer->End();
+      }
+    }
+  } catch (const vesk::FatalListingExit& error) {
+    if (!json) throw;
+    discardDocument();
+    vesk::SetFatalExitHandler(previousHandler);
+    vesk::ExitFatally(error.what());
+  } catch (...) {
+    discardDocument();
+    if (json) vesk::SetFatalExitHandler(previousHandler);
+    throw;
+  }
+  if (json) vesk::SetFatalExitHandler(previousHandler);
+  if (json && result) {
+    writer->End();
+    writer->End();
+  } else if (json) {
+    discardDocument();
   }
   reader.reset();
   instructionSet.reset();

@@ -5,7 +5,8 @@ Usage: check_json.py PROGRAM SOURCE_DIR
 
 Runs analyse-liveness (plain, -r, -s), opcode-histogram (plain, -g operand-size),
 stall-cycles (wave32, wave64; GFX10 only) and summary (default wave size and -w 64 on
-GFX10) on the golden inputs, the corpus listings and the LLVM fixtures, once with
+GFX10) on the golden inputs, the corpus listings, the LLVM fixtures and a generated
+listing of several functions whose document is far longer than one written piece, once with
 --format text and once with --format json. Both runs must end with the same status and
 error text; on success the JSON must parse and agree with the text: every row, count,
 register set, cycle figure and summary number. The summary is also checked against the
@@ -18,6 +19,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 
 CORPUS = {"gfx10": "gfx10", "gfx9": "gfx9", "gfx8": "gfx8", "gfx6": "gfx7"}
 FUNCTION = re.compile(r"^Function (.*)$")
@@ -283,6 +285,43 @@ def listings(source):
                     yield "gfx10", os.path.join(folder, name), True
 
 
+def llvm_function(name, lines):
+    return (f"\t.globl\t{name}\n\t.type\t{name},@function\n{name}:\n; %bb.0:\n" +
+            "".join(f"\t{line}\n" for line in lines) +
+            f".Lfunc_end_{name}:\n\t.size\t{name}, .Lfunc_end_{name}-{name}\n")
+
+
+def check_long_documents(program, directory):
+    """Documents of several megabytes, written while they are formed, agree with the
+    text and hold every function; a function failing after a long one leaves its
+    message alone in the output file, as a short document does."""
+    body = [f"v_add_f32_e32 v{i % 40}, v{(i + 1) % 40}, v{(i + 7) % 40}" for i in range(25000)]
+    functions = [("first", body + ["s_endpgm"]), ("second", ["v_mov_b32_e32 v0, 0", "s_endpgm"])]
+    head = '\t.text\n\t.amdgcn_target "amdgcn-amd-amdhsa--gfx1010"\n'
+    listing = os.path.join(directory, "long.s")
+    with open(listing, "w") as out:
+        out.write(head + "".join(llvm_function(n, lines) for n, lines in functions))
+    for args, summary_only in ((["analyse-liveness"], False), (["analyse-liveness", "-s"], True)):
+        out = both(program, None, args, listing)
+        expect(out, f"{args} failed on the long listing")
+        check_liveness(*out, summary_only)
+        expect(len(out[1]["programs"]) == 2, "two programs")
+    out = both(program, None, ["stall-cycles"], listing)
+    expect(out, "stall-cycles failed on the long listing")
+    check_stalls(*out)
+
+    failing = os.path.join(directory, "failing.s")
+    with open(failing, "w") as out:
+        out.write(head + llvm_function("first", body + ["s_endpgm"]) + llvm_function("empty", []))
+    report = os.path.join(directory, "report.json")
+    command = [program, "--format", "json", "analyse-liveness", failing, report]
+    proc = subprocess.run(command, capture_output=True, timeout=120)
+    expect(proc.returncode == 1, f"status {proc.returncode} for a failing function")
+    with open(report, "rb") as written:
+        content = written.read()
+    expect(content == b"Could not find any invocations.\n", f"output file {content[:80]!r}")
+
+
 def main() -> int:
     program, source = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     failures, checked = [], 0
@@ -293,6 +332,12 @@ def main() -> int:
         except (Mismatch, ValueError, KeyError, AttributeError, TypeError) as error:
             failures.append(f"{os.path.relpath(listing, source)} ({isa or 'stated'}): "
                             f"{type(error).__name__}: {error}")
+    with tempfile.TemporaryDirectory() as directory:
+        try:
+            check_long_documents(program, directory)
+            checked += 1
+        except (Mismatch, ValueError, KeyError, AttributeError, TypeError) as error:
+            failures.append(f"long documents: {type(error).__name__}: {error}")
     for failure in failures:
         print(failure)
     print(f"{checked} listings agree, {len(failures)} disagree")
