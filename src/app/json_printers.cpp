@@ -11,10 +11,11 @@ namespace vesk {
 
 namespace {
 
-JsonDocument RegisterList(const RegisterState::Set& set) {
-  JsonDocument list = JsonDocument::array();
+// Fills `list` (kept between rows, so its storage is reused).
+void SetRegisterList(JsonDocument& list, const RegisterState::Set& set) {
+  if (!list.is_array()) list = JsonDocument::array();
+  list.clear();
   for (const int index : set) list.push_back(index);
-  return list;
 }
 
 }  // namespace
@@ -35,18 +36,19 @@ void WriteLivenessJson(JsonStreamWriter& program, const LivenessStates& states,
   if (!summaryOnly) {
     program.BeginArray("rows");
     // The first and last states are the graph's entry and exit nodes; rows
-    // are numbered from 1 as in the text report.
+    // are numbered from 1 as in the text report. One document is refilled
+    // for every row.
+    JsonDocument row = JsonDocument::object();
     for (size_t i = 1; i + 1 < states.Size(); ++i) {
       const auto [invocation, state] = states.Get(i);
-      JsonDocument row = JsonDocument::object();
       row["line"] = i;
       row["source_line"] = invocation ? SourceLineJson(*invocation) : JsonDocument(nullptr);
       row["instruction"] = invocation ? InstructionJsonText(*invocation, true) : std::string();
       row["live"] = state.Live().Count();
-      row["read"] = RegisterList(state.Read());
-      row["written"] = RegisterList(state.Written());
-      row["live_registers"] = RegisterList(state.Live());
-      program.Add(std::move(row));
+      SetRegisterList(row["read"], state.Read());
+      SetRegisterList(row["written"], state.Written());
+      SetRegisterList(row["live_registers"], state.Live());
+      program.Add(row);
     }
     program.End();
   }
@@ -71,15 +73,15 @@ void FillHistogramJson(JsonDocument& program, const std::string& groupBy, size_t
 void WriteStallJson(JsonStreamWriter& program, const StallCycleAnalysis::Result& result) {
   program.BeginArray("rows");
   size_t line = 0;
+  JsonDocument row = JsonDocument::object();
   for (const auto& [invocation, stalls] : result) {
     const StallLength& length = stalls.first.length;
-    JsonDocument row = JsonDocument::object();
     row["line"] = ++line;
     row["source_line"] = SourceLineJson(*invocation);
     row["instruction"] = InstructionJsonText(*invocation, true);
     row["cycles"] = length.IsIndefinite() ? JsonDocument(nullptr) : JsonDocument(length.Get());
     row["unbounded"] = length.IsIndefinite();
-    program.Add(std::move(row));
+    program.Add(row);
   }
   program.End();
 }

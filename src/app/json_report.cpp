@@ -190,14 +190,14 @@ void JsonStreamWriter::Begin(bool object, std::string_view key) {
   frames_.push_back(std::move(frame));
 }
 
-void JsonStreamWriter::Add(std::string_view key, JsonDocument value) {
+void JsonStreamWriter::Add(std::string_view key, const JsonDocument& value) {
   Frame& frame = frames_.back();
   if (frame.expanded) {
     AppendMember(frame, std::string(key), value);
     FlushLarge();
     return;
   }
-  AddMember(frame.pending, std::string(key), std::move(value));
+  AddMember(frame.pending, std::string(key), value);
   ExpandSettled();
 }
 

@@ -41,8 +41,10 @@ class JsonStreamWriter {
   void BeginObject(std::string_view key = {});
   void BeginArray(std::string_view key = {});
   // Adds a finished member to the innermost open container.
-  void Add(std::string_view key, JsonDocument value);
-  void Add(JsonDocument value) { Add({}, std::move(value)); }
+  // The member is copied only while its container is held in memory, so a
+  // table's rows can be formed in one reused document.
+  void Add(std::string_view key, const JsonDocument& value);
+  void Add(const JsonDocument& value) { Add({}, value); }
   // Closes the innermost container; closing the document writes the rest of
   // it with its final line end.
   void End();
