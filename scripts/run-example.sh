@@ -10,3 +10,5 @@ echo "== vesk analyse-liveness $example -"
 build/vesk analyse-liveness "$example" -
 echo "== vesk stall-cycles $example -"
 build/vesk stall-cycles "$example" -
+echo "== vesk summary $example -"
+build/vesk summary "$example" -
