@@ -18,8 +18,8 @@ void AppendRight(std::string& out, std::string_view text, size_t width) {
   out.append(text);
 }
 
-// Line number, optional 3-character marker column, cycles, instruction. Rows
-// are gathered in one buffer and written at once.
+// Line number, optional 3-character marker column, cycles, instruction,
+// appended to the report buffer.
 void PrintStallLine(std::string& out, size_t line, std::string_view cyclesText,
                     std::string_view instructionText, std::string_view marker) {
   char digits[24];
@@ -59,7 +59,10 @@ bool StallCycleAnalyzer::InvokeImpl() {
   report += " | Max Cycles | Instruction\n";
   report.append(80, '-');
   report += '\n';
-  report.reserve(report.size() + result.size() * 64);
+  // Rows are gathered in one buffer and written a megabyte at a time, so a
+  // long program's report never sits in memory whole.
+  constexpr size_t kFlushSize = size_t{1} << 20;
+  report.reserve(kFlushSize + 4096);
 
   size_t line = 0;
   for (const auto& [invocation, stalls] : result) {
@@ -77,6 +80,10 @@ bool StallCycleAnalyzer::InvokeImpl() {
       PrintStallLine(report, line, cycles, text, "OOO");
       PrintStallLine(report, line, cycles, text, "...");
       PrintStallLine(report, line, cycles, text, "OOO");
+    }
+    if (report.size() >= kFlushSize) {
+      out.write(report.data(), static_cast<std::streamsize>(report.size()));
+      report.clear();
     }
   }
   out.write(report.data(), static_cast<std::streamsize>(report.size()));
