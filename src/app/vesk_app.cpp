@@ -155,12 +155,13 @@ void VeskApp::CreateOutputStream() {
   outputStream = &outputFile;
 }
 
-std::unique_ptr<vesk::IsaReader> VeskApp::CreateIsaReader() const {
+std::unique_ptr<vesk::IsaReader> VeskApp::CreateIsaReader() {
   if (inputType == "hsail") return std::make_unique<vesk::HSAILIsaReader>();
   if (inputType == "sc") return std::make_unique<vesk::ShaderDumpIsaReader>();
   if (inputType == "sa") return std::make_unique<vesk::ShaderAnalyzerIsaReader>();
   if (inputType == "raw") return std::make_unique<vesk::RawIsaReader>();
   if (inputType == "llvm") return std::make_unique<vesk::LlvmIsaReader>();
+  if (detectedReader) return std::move(detectedReader);
   return std::make_unique<vesk::AutoIsaReader>();
 }
 
@@ -255,9 +256,11 @@ std::string VeskApp::ChooseGeneration() {
   // Only an LLVM assembly listing names its processor (.amdgcn_target), and
   // an explicit --isa wins over it.
   if (isaOption->count() || printInstructionsCommand->parsed()) return isa;
-  const bool llvm = inputType == "llvm" ||
-                    (inputType == "auto" && dynamic_cast<vesk::LlvmIsaReader*>(
-                                                vesk::AutoIsaReader::Detect(inputStream).get()));
+  // The layout found here is the one the listing is read in; keep it so the
+  // text is scanned for its markers once.
+  if (inputType == "auto") detectedReader = vesk::AutoIsaReader::Detect(inputStream);
+  const bool llvm =
+      inputType == "llvm" || dynamic_cast<vesk::LlvmIsaReader*>(detectedReader.get()) != nullptr;
   if (!llvm) return isa;
   const vesk::StatedProcessor stated = vesk::FindStatedProcessor(inputStream.view());
   if (stated.line == 0) return isa;

@@ -28,7 +28,9 @@ class VeskApp : public CLI::App {
   void ApplyPathsInCommandLineOrder();
   bool CreateInputStream();
   void CreateOutputStream();
-  std::unique_ptr<vesk::IsaReader> CreateIsaReader() const;
+  // The reader of the chosen layout; for auto, the one ChooseGeneration
+  // detected when it ran.
+  std::unique_ptr<vesk::IsaReader> CreateIsaReader();
   void PrintISAInstructions(const vesk::InstructionSet& instructionSet);
   std::unique_ptr<BaseVeskAppTask> CreateTask();
   // The generation to analyse for: --isa when given, else the processor an
@@ -53,6 +55,7 @@ class VeskApp : public CLI::App {
   std::string isa;
   std::string inputType;
   std::string functionName;
+  std::unique_ptr<vesk::IsaReader> detectedReader;
   std::string format;
   CLI::Option* isaOption = nullptr;
   std::stringstream inputStream;
