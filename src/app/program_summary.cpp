@@ -4,11 +4,16 @@
 #include "app/program_summary.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include <fmt/format.h>
 
 #include "cfg/basic_block.h"
 #include "liveness/liveness_analysis.h"
 #include "liveness/register_pressure.h"
 #include "stall/stall_analysis.h"
+#include "util/analysis_error.h"
+#include "util/fatal_exit.h"
 
 namespace vesk {
 
@@ -92,7 +97,27 @@ ProgramSummary SummarizeProgram(const std::vector<Invocation>& invocations,
   inputs.workgroupSize = options.attributes.workgroupSize;
   summary.occupancy = ComputeOccupancy(inputs);
 
-  if (options.generation == 10) summary.stall = SummarizeStalls(invocations, options.waveSize);
+  if (options.generation == 10) {
+    // A condition the stall simulation cannot go on from ends only the stall
+    // part of the summary: the counts, pressure and occupancy still hold.
+    const FatalExitHandler previous = SetFatalExitHandler(ThrowFatalListingExit);
+    try {
+      summary.stall = SummarizeStalls(invocations, options.waveSize);
+    } catch (const FatalListingExit& error) {
+      // The message of the fatal exit, without its "Error: " and "Aborting."
+      // frame, which belong to ending the run.
+      std::string_view message = error.what();
+      if (message.starts_with("Error: ")) message.remove_prefix(7);
+      if (message.ends_with(" Aborting.")) message.remove_suffix(10);
+      summary.stallError = message;
+    } catch (const ListingError& error) {
+      summary.stallError = fmt::format("line {}: {}", error.Line(), error.what());
+    } catch (...) {
+      SetFatalExitHandler(previous);
+      throw;
+    }
+    SetFatalExitHandler(previous);
+  }
   return summary;
 }
 

@@ -75,6 +75,10 @@ struct ProgramSummary {
   Occupancy occupancy;
   // GFX10 only; empty for the other generations.
   std::optional<StallSummary> stall;
+  // GFX10: why the stall simulation could not finish (a listing condition it
+  // cannot resolve, such as a wait it cannot attribute); `stall` is then
+  // empty while the other figures stand.
+  std::string stallError;
 };
 
 // Runs the analyses over one program. The invocations must outlive the

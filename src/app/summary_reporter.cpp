@@ -212,6 +212,7 @@ std::string FormatSummaryText(const ProgramSummary& summary, const ProgramAttrib
   for (size_t i = 0; i < occupancy.size(); ++i)
     AddLine(out, i == 0 ? "Occupancy" : "", occupancy[i]);
   if (summary.stall) AddStallTable(out, *summary.stall);
+  if (!summary.stallError.empty()) AddLine(out, "Stalls", "not simulated: " + summary.stallError);
   return out;
 }
 
@@ -259,6 +260,7 @@ void FillSummaryJson(JsonDocument& program, const ProgramSummary& summary,
       {"fewer_for_next_wave", o.fewerForNextWave}};
   if (!summary.stall) {
     program["stall"] = nullptr;
+    if (!summary.stallError.empty()) program["stall_error"] = summary.stallError;
     return;
   }
   JsonDocument worst = JsonDocument::array();
