@@ -33,9 +33,9 @@ const char* HardwarePhrase(uint8_t condition) {
     case kTrans32BusyStall:
       return "transcendental unit busy";
     case kPCReadStall:
-      return "latency of the PC read before it";
+      return "latency of an s_setreg or PC read before it";
     case kPCReadDrainStall:
-      return "counters drained before a PC read";
+      return "counters drained before s_setreg/PC read";
     case kIssueDistanceStall:
       return "issue distance";
     case kShortenedVaVdstStall:

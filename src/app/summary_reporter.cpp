@@ -138,11 +138,20 @@ std::vector<std::string> OccupancyText(const ProgramSummary& summary,
               fmt::format("{} counted ({} allocated, {} reserved by hardware), {} per wave at {}",
                           o.sgprsCounted, summary.sgpr.allocated, reserved, o.sgprsRounded,
                           Plural(o.wavesPerSimd, "wave")),
-              o.fewerForNextWave > 0
-                  ? fmt::format("{} or fewer {}", o.sgprsCounted - o.fewerForNextWave, next)
-                  : std::string("fewer SGPRs alone give no more waves")};
+              o.fewerForNextWave > 0 ? fmt::format("{} or fewer allocated ({} counted) {}",
+                                                   summary.sgpr.allocated - o.fewerForNextWave,
+                                                   o.sgprsCounted - o.fewerForNextWave, next)
+                                     : std::string("fewer SGPRs alone give no more waves")};
     }
     case OccupancyLimit::Lds:
+      // Without LDS it is the workgroup slots of a compute unit that run out:
+      // a large workgroup needs many waves resident at once.
+      if (attributes.ldsBytes.value_or(0) == 0) {
+        return {head + ", limited by the workgroup size:",
+                fmt::format("{} work-items per workgroup, no LDS",
+                            attributes.workgroupSize.value_or(0)),
+                RegisterWaves(summary)};
+      }
       return {head + ", limited by LDS and workgroup size:",
               fmt::format("{} LDS bytes per workgroup of {} work-items",
                           attributes.ldsBytes.value_or(0), attributes.workgroupSize.value_or(0)),

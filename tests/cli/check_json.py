@@ -179,6 +179,7 @@ def check_summary(text, document):
                                       fields["Occupancy"]).groups()
         occupancy = program["occupancy"]
         names = {"VGPRs": "vgpr", "SGPRs": "sgpr", "LDS and workgroup size": "lds",
+                 "the workgroup size": "lds",
                  "the wave slots": "waves"}
         expect(occupancy["waves_per_simd"] == int(waves) and occupancy["max_waves"] == int(most)
                and occupancy["limited_by"] == names[limit], "occupancy")
