@@ -37,7 +37,7 @@ const char* HardwarePhrase(uint8_t condition) {
     case kPCReadDrainStall:
       return "counters drained before s_setreg/PC read";
     case kIssueDistanceStall:
-      return "issue distance";
+      return "block start: instruction fetch after a branch";
     case kShortenedVaVdstStall:
       return "shortened vdst wait";
     default:
