@@ -206,6 +206,11 @@ std::string FormatSummaryText(const ProgramSummary& summary, const ProgramAttrib
   AddLine(out, "Target", fmt::format("gfx{}, wave{}", summary.generation, summary.waveSize));
   AddLine(out, "Instructions",
           fmt::format("{} in {}", s.instructions, Plural(s.basicBlocks, "basic block")));
+  if (s.unknownOpcodes > 0) {
+    AddLine(out, "Unknown",
+            fmt::format("{} not in the gfx{} table (shown as <unknown>; check --isa)",
+                        Plural(s.unknownOpcodes, "instruction"), summary.generation));
+  }
   AddLine(out, "Branches",
           fmt::format("{} conditional, {}; {} ({})", s.conditionalBranches, Plural(s.jumps, "jump"),
                       Plural(s.loopHeaders, "loop"), Plural(s.backEdges, "back edge")));
@@ -230,6 +235,7 @@ void FillSummaryJson(JsonDocument& program, const ProgramSummary& summary,
   const ProgramStatistics& s = summary.statistics;
   program["wave_size"] = summary.waveSize;
   program["instructions"] = s.instructions;
+  program["unknown_opcodes"] = s.unknownOpcodes;
   program["blocks"] = s.basicBlocks;
   program["branches"] = {{"conditional", s.conditionalBranches}, {"jumps", s.jumps}};
   program["loops"] = {{"back_edges", s.backEdges}, {"headers", s.loopHeaders}};

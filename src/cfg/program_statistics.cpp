@@ -211,6 +211,9 @@ ProgramStatistics ComputeProgramStatistics(const std::vector<Invocation>& invoca
                                            const BasicBlockList& blocks) {
   ProgramStatistics stats;
   stats.instructions = static_cast<int>(invocations.size());
+  for (const Invocation& invocation : invocations) {
+    if (invocation.GetInstruction() == &unknownInstruction_) ++stats.unknownOpcodes;
+  }
   for (const auto& block : blocks)
     if (!block->IsEmpty()) ++stats.basicBlocks;
   for (const Invocation& invocation : invocations) {

@@ -59,6 +59,10 @@ struct WaitStatistics {
 
 struct ProgramStatistics {
   int instructions = 0;
+  // Instructions whose opcode is not in the generation's table (a listing
+  // for another generation, or text that is no instruction); their registers
+  // and timing are unknown.
+  int unknownOpcodes = 0;
   // Blocks holding at least one instruction: the empty "entry" and "exit"
   // blocks that every block graph has are not counted.
   int basicBlocks = 0;

@@ -183,6 +183,8 @@ def check_summary(text, document):
                  "the wave slots": "waves"}
         expect(occupancy["waves_per_simd"] == int(waves) and occupancy["max_waves"] == int(most)
                and occupancy["limited_by"] == names[limit], "occupancy")
+        unknown = re.match(r"^(\d+) instructions? not in ", fields.get("Unknown", "0 instructions not in "))
+        expect(program["unknown_opcodes"] == int(unknown.group(1)), "unknown opcodes")
         stall = program["stall"]
         if "Stalls" not in fields:
             expect(stall is None and not table and "stall_error" not in program, "no stall part")
